@@ -1,0 +1,56 @@
+#include "parameters/parameter_table.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+namespace norava {
+namespace {
+
+// Projects and program files hold these numbers: a row slipped in between would re-label
+// everybody's sounds.
+TEST(ParameterTable, KeepsTheNumbersThatProjectsHold) {
+    EXPECT_STREQ(GetParameter(33).name, "Hi-Cut Drive");
+    EXPECT_STREQ(GetParameter(39).name, "Resonator Frq 1");
+    EXPECT_STREQ(GetParameter(54).name, "Resonator Fdbk 8");
+    EXPECT_STREQ(GetParameter(62).name, "Resonator On 8");
+    EXPECT_STREQ(GetParameter(63).name, "Delay ON/OFF");
+    EXPECT_STREQ(GetParameter(77).name, "Reverb Color");
+    EXPECT_EQ(kMatrix, 79);
+    EXPECT_EQ(kStringRatio, 111);
+    EXPECT_EQ(kDelayTempo, 112);
+    EXPECT_EQ(kOctave, 113);
+}
+
+TEST(ParameterTable, RowsFitWhatTheyDescribe) {
+    std::set<std::string> names;
+    for (const Parameter& row : kParameters) {
+        SCOPED_TRACE(row.name);
+        EXPECT_LE(std::string(row.name).size(), 63u);
+        EXPECT_TRUE(names.insert(row.name).second);
+        EXPECT_EQ(row.control == ControlKind::menu, !row.items.empty());
+        const float largest = row.items.empty() ? 1.0f : static_cast<float>(row.items.size() - 1);
+        EXPECT_GE(row.defaultValue, 0.0f);
+        EXPECT_LE(row.defaultValue, largest);
+    }
+    for (int slot = 0; slot < kMatrixSlots; ++slot) {
+        const int first = kMatrix + slot * kMatrixSlotSize;
+        EXPECT_EQ(GetParameter(first).items.size(), 9u);
+        EXPECT_EQ(GetParameter(first + 2).control, ControlKind::button);
+        EXPECT_EQ(GetParameter(first + 3).items.size(), 15u);
+    }
+    EXPECT_STREQ(GetParameter(kMatrix).items[6], "velocity");
+    EXPECT_STREQ(GetParameter(kMatrix + 3).items[12], "str2  damp");
+}
+
+TEST(ParameterTable, IsSearchedByName) {
+    EXPECT_EQ(FindParameter("Reverb ON/OFF"), kReverbOn);
+    EXPECT_EQ(FindParameter("matrix 2 destination"), kMatrix + 7);
+    EXPECT_EQ(FindParameter("Reverb ON/OF"), -1);
+    EXPECT_EQ(FindParameter("Reverb ON/OFFF"), -1);
+    EXPECT_EQ(FindParameter(""), -1);
+}
+
+}  // namespace
+}  // namespace norava
