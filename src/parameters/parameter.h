@@ -34,7 +34,7 @@ enum class Unit : std::uint8_t { percent, hertz };
 // How a value is written for the user.
 enum class TextForm : std::uint8_t {
     percentTenths,  // "50.0"
-    percent,        // "50"
+    wholePercent,   // "50"
     offOn,          // "Off", "On"
     chorusHertz,    // 0.1 + 5 v without decimals
     position,       // whole positions 0..6
