@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+
+namespace norava {
+
+// Attack, decay/sustain and release in three segments, evaluated at control rate: each call of
+// GetFrame advances by a number of frames and gives one value for all of them. A segment goes from
+// one level to the next in a straight line, or bent by a curve amount:
+//     level(t) = from + (to - from) * (1 - (1 - t) * 10^(t * curve)),  t = 0..1
+// Audio thread only.
+class CEgADSR {
+  public:
+    // Times in seconds (at least 1 ms each), levels relative to `peakLevel`, `frameRate` in frames
+    // per second (> 0), curves 0 for a straight line, below 0 for a change that mostly happens
+    // early. An envelope that still sounds rises from where it stands.
+    void start(double baseLevel, double attackTime, double decayTime, double sustainLevel,
+               double releaseTime, double attackCurve, double decayCurve, double releaseCurve,
+               double frameRate, double peakLevel);
+
+    // Advances by `frames` and returns the new value. What is left of a segment that ends within
+    // these frames is dropped: the attack reaches exactly its peak at the end of a block, and the
+    // decay starts with the next.
+    float GetFrame(long frames);
+
+    // Enters the release from the current value; does nothing in the release itself.
+    void release();
+
+    bool isFinished() const { return finished_; }
+    void setFinished() { finished_ = true; }
+
+  private:
+    enum class Stage : std::uint8_t { attack, decaySustain, release };
+
+    double peak_ = 0.0;
+    double base_ = 0.0;
+    double attackStart_ = 0.0;
+    double attackRate_ = 0.0;  // segment positions per frame, as the two rates below
+    double decayRate_ = 0.0;
+    double sustain_ = 0.0;
+    double releaseRate_ = 0.0;
+    Stage stage_ = Stage::attack;
+    double position_ = 0.0;  // within the segment, 0..1
+    bool finished_ = true;
+    double output_ = 0.0;
+    double releaseStart_ = 0.0;
+    double attackCurve_ = 0.0;
+    double decayCurve_ = 0.0;
+    double releaseCurve_ = 0.0;
+};
+
+}  // namespace norava
