@@ -1,0 +1,52 @@
+#pragma once
+
+#include <array>
+
+#include "dsp/iir_filters.h"
+#include "dsp/string_delay.h"
+
+namespace norava {
+
+// Eight tuned strings that colour the stereo mix: each band is two string lines in series, tuned 1
+// : 1.05 and fed with the mono sum; the bands lean to the right and to the left in turn. Their sum
+// is high-passed at 32 Hz and added to the mix. Audio thread only, construction and setSampleRate
+// apart.
+class CResonator {
+  public:
+    static constexpr int kBands = 8;
+
+    CResonator();
+
+    // Makes the lines, 100 ms long; what sounds is lost, the bands' settings stay. Takes memory for
+    // at least `reserveRate`. Rates in Hz, finite, above 0.
+    void setSampleRate(double sampleRate, double reserveRate = 0.0);
+
+    // Silences all lines and both filters.
+    void reset();
+
+    // Bands 0..7 (others are ignored), values 0..1 (outside: the nearer end; not a number: 0).
+    void setBandFreq(long band,
+                     float value);  // delay fraction 1 - value^0.1: higher values sound higher
+    void setBandFdbk(long band, float value);  // loop gain 0.9999 sqrt(value)
+    // On for any value but 0. Each call that says on restarts the band from silence.
+    void setBandOn(long band, float value);
+
+    // Adds the bank's output to the two buffers in place.
+    void process(float* left, float* right, long frames);
+
+  private:
+    struct Band {
+        float delay = 0.0f;     // fraction of the line's length
+        float feedback = 0.0f;  // loop gain
+        bool on = false;
+        CStringDelay first;
+        CStringDelay second;
+    };
+
+    bool hasLines_ = false;
+    std::array<Band, kBands> bands_;
+    CFilterIIR_HP leftHighPass_;
+    CFilterIIR_HP rightHighPass_;
+};
+
+}  // namespace norava
