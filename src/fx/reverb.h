@@ -1,0 +1,136 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <memory>
+
+#include "fx/reverb_coefficients.h"
+
+namespace norava {
+
+// Stereo plate reverb: the figure-of-eight tank of J. Dattorro, "Effect Design, Part 1:
+// Reverberator and Other Filters", J. Audio Eng. Soc. 45(9), 1997, with early reflections, bass
+// shelf and width of its own.
+//
+// It is an effect complete in itself, with its own 18 normalised parameters, texts, one program and
+// meters; the chain sets three of the parameters from the panel. Audio thread only, construction
+// and setSampleRate apart.
+class fxReverb {
+  public:
+    // One absolute peak and one indicator a channel; the indicator stays lit until it is cleared.
+    struct Meter {
+        float peak = 0.0f;  // of the last block
+        bool clipped = false;
+    };
+
+    // Indices as in ReverbParameter; the names that callers outside the reverb use.
+    static constexpr int kHighCut = kReverbHighCut;
+    static constexpr int kDiffusion = kReverbDiffusion;
+    static constexpr int kDecay = kReverbDecay;
+    static constexpr int kHighDamping = kReverbHighDamping;
+    static constexpr int kReverb = kReverbReverb;
+
+    fxReverb();  // at 44.1 kHz, default program
+
+    // Makes the lines for the rate in Hz (1 kHz..768 kHz, clamped); they are silent. Not on the
+    // audio thread.
+    void setSampleRate(float sampleRate);
+
+    // Indices 0..17, values 0..1; others are ignored, or kept as they came and used within the
+    // range.
+    void setParameter(int index, float value);
+    float getParameter(int index) const;
+    // At most `size` bytes each with the terminating zero; an empty text for other indices.
+    void getParameterName(int index, char* text, std::size_t size) const;
+    void getParameterLabel(int index, char* text, std::size_t size) const;
+    void getParameterDisplay(int index, char* text, std::size_t size) const;
+
+    void setProgram(int index);  // 0, the only one
+    void getProgramName(char* text, std::size_t size) const;
+
+    // Forgets all sound. Takes a short time for any sample rate.
+    void suspend();
+    // Clears the clip indicators and takes all parameters over anew.
+    void resume();
+
+    // While on, the input passes unchanged.
+    void setBypass(bool on) { bypass_ = on; }
+    // The input passes unchanged until blocks of `frames` frames together are through; below 0
+    // stops it.
+    void startBypassCountdown(int frames) { bypassCountdown_ = frames < 0 ? -1 : frames; }
+
+    // Two channels in, two out; in place is allowed. `process` adds to the outputs, the other
+    // replaces them.
+    void process(float** inputs, float** outputs, int frames);
+    void processReplacing(float** inputs, float** outputs, int frames);
+
+    const std::array<Meter, 2>& inputMeters() const { return inputMeters_; }
+    const std::array<Meter, 2>& outputMeters() const { return outputMeters_; }
+
+  private:
+    struct Line {
+        float* data = nullptr;
+        int length = 1;
+        int capacity = 1;
+        int position = 0;  // where the next sample is read and written; counts down
+
+        float read() const { return data[position]; }
+        float tap(int offset) const {
+            const int at = position + offset;
+            return data[at >= length ? at - length : at];
+        }
+        void writeAndStep(float value) {
+            data[position] = value;
+            position = position == 0 ? length - 1 : position - 1;
+        }
+    };
+    struct Stereo {
+        float left;
+        float right;
+    };
+    struct ShelfState {
+        float input = 0.0f;
+        float output = 0.0f;
+    };
+    struct State {
+        float highCut = 0.0f;
+        float lowCutInput = 0.0f;
+        float lowCutOutput = 0.0f;
+        ShelfState leftShelf;
+        ShelfState rightShelf;
+        float leftDamping = 0.0f;
+        float rightDamping = 0.0f;
+        Stereo early{0.0f, 0.0f};
+        float smoothedGain = -1000.0f;  // below -99: jumps to its target at the next frame
+    };
+
+    void AllocBuffer();
+    void CookParameters();
+    void clearLine(Line& line, float value);
+    Stereo frame(float inLeft, float inRight);
+    void updateEarlyReflections();
+    float tankHalf(float input, float predelayed, ReverbLine firstLine, ShelfState& shelf,
+                   float& damping);
+    Stereo outputTaps() const;
+    template <bool accumulate>
+    void run(float** inputs, float** outputs, int frames);
+
+    float sampleRate_ = 44100.0f;
+    fxReverbProgram program_ = kDefaultReverbProgram;
+    ReverbValues values_{};
+    ReverbCoefficients c_;
+    int cookedRoomSize_ = 0;
+    bool parametersChanged_ = true;
+    bool notReady_ = true;
+    bool bypass_ = false;
+    int bypassCountdown_ = -1;  // frames; -1: none
+
+    std::unique_ptr<float[]> memory_;
+    std::size_t capacity_ = 0;  // floats in memory_
+    std::array<Line, kReverbLines> lines_;
+    State state_;
+    std::array<Meter, 2> inputMeters_;
+    std::array<Meter, 2> outputMeters_;
+};
+
+}  // namespace norava
