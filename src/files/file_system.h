@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+
+// What the file classes need of an operating system; one source a system implements it. Paths are
+// UTF-8 with
+// '/' between folders. Nothing here may be called on the audio thread.
+namespace norava::file_system {
+
+enum class EntryKind {
+    none,    // nothing there, or a link that leads nowhere or round in circles
+    file,    // a regular file
+    folder,  //
+    other    // pipe, socket, device: opening one can wait for ever or act on hardware
+};
+
+// What the path leads to, links followed.
+[[nodiscard]] EntryKind KindOf(const char* path);
+
+// Opens a regular file and nothing else, without ever waiting. Null when that is not possible.
+// Writing creates the file or empties the one that is there.
+[[nodiscard]] std::FILE* OpenForReading(const char* path);
+[[nodiscard]] std::FILE* OpenForWriting(const char* path);
+
+// Positions from the file's start, in 64 bits on every system.
+[[nodiscard]] bool Seek(std::FILE* file, int64_t offset);
+[[nodiscard]] int64_t SizeOf(
+    std::FILE* file);  // negative on failure; the position becomes the start
+
+// Makes one folder whose parent exists. True also when the folder is there already.
+[[nodiscard]] bool MakeFolder(const char* path);
+
+// Calls `visit` with each entry's name and kind, in the system's order and without "." and "..",
+// until it returns false. False when the folder cannot be opened.
+using EntryVisitor = std::function<bool(const char* name, EntryKind kind)>;
+[[nodiscard]] bool ListFolder(const char* folder, const EntryVisitor& visit);
+
+// Puts `bytes` in place of the file at `path` in one step: a reader, a crash or a full disk meets
+// the old content or the new, never a mixture, and nothing is left beside it. A link at `path`
+// keeps leading to the file that is replaced, and the file keeps its permissions.
+[[nodiscard]] bool ReplaceFile(const char* path, const void* bytes, size_t count);
+
+}  // namespace norava::file_system

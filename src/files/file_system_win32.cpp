@@ -1,0 +1,140 @@
+#ifdef _WIN32
+
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+
+// The system's headers turn these names into macros.
+#undef CreateDirectory
+#undef ReplaceFile
+
+#include <memory>
+#include <string>
+
+#include "files/file_system.h"
+#include "files/text_buffer.h"
+
+namespace norava::file_system {
+
+namespace {
+
+// The "\\?\" form lifts the system's limit of 260 characters; it needs a full path with '\' only.
+std::wstring WidePath(const char* path) {
+    wchar_t wide[kPathBufferBytes];
+    if (MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, path, -1, wide, kPathBufferBytes) == 0)
+        return {};
+    wchar_t full[2 * kPathBufferBytes];
+    const DWORD length = GetFullPathNameW(wide, 2 * kPathBufferBytes, full, nullptr);
+    if (length == 0 || length >= 2 * kPathBufferBytes) return {};
+    const std::wstring text(full, length);
+    if (text.starts_with(L"\\\\?\\") || text.starts_with(L"\\\\.\\")) return text;
+    if (text.starts_with(L"\\\\")) return L"\\\\?\\UNC" + text.substr(1);
+    return L"\\\\?\\" + text;
+}
+
+EntryKind KindOfAttributes(DWORD attributes) {
+    if (attributes == INVALID_FILE_ATTRIBUTES) return EntryKind::none;
+    if (attributes & FILE_ATTRIBUTE_DIRECTORY) return EntryKind::folder;
+    return attributes & FILE_ATTRIBUTE_DEVICE ? EntryKind::other : EntryKind::file;
+}
+
+std::FILE* OpenRegularFile(const char* path, DWORD access, DWORD creation, int flags,
+                           const char* mode) {
+    const std::wstring wide = WidePath(path);
+    if (wide.empty()) return nullptr;
+    const HANDLE handle = CreateFileW(wide.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                      nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return nullptr;
+    if (GetFileType(handle) != FILE_TYPE_DISK) {
+        CloseHandle(handle);
+        return nullptr;
+    }
+    const int descriptor = _open_osfhandle(reinterpret_cast<intptr_t>(handle), flags | _O_BINARY);
+    if (descriptor < 0) {
+        CloseHandle(handle);
+        return nullptr;
+    }
+    std::FILE* file = _fdopen(descriptor, mode);
+    if (!file) _close(descriptor);
+    return file;
+}
+
+bool WriteAndFlush(const std::wstring& path, const void* bytes, size_t count) {
+    const HANDLE handle = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return false;
+    DWORD written = 0;
+    const auto wanted = static_cast<DWORD>(count);
+    bool good = wanted == count && WriteFile(handle, bytes, wanted, &written, nullptr);
+    good = good && written == wanted && FlushFileBuffers(handle);
+    return CloseHandle(handle) && good;
+}
+
+}  // namespace
+
+EntryKind KindOf(const char* path) {
+    const std::wstring wide = WidePath(path);
+    return wide.empty() ? EntryKind::none : KindOfAttributes(GetFileAttributesW(wide.c_str()));
+}
+
+std::FILE* OpenForReading(const char* path) {
+    return OpenRegularFile(path, GENERIC_READ, OPEN_EXISTING, _O_RDONLY, "rb");
+}
+
+std::FILE* OpenForWriting(const char* path) {
+    return OpenRegularFile(path, GENERIC_WRITE, CREATE_ALWAYS, 0, "wb");
+}
+
+bool Seek(std::FILE* file, int64_t offset) {
+    return _fseeki64(file, offset, SEEK_SET) == 0;
+}
+
+int64_t SizeOf(std::FILE* file) {
+    if (_fseeki64(file, 0, SEEK_END) != 0) return -1;
+    const int64_t size = _ftelli64(file);
+    return Seek(file, 0) ? size : -1;
+}
+
+bool MakeFolder(const char* path) {
+    const std::wstring wide = WidePath(path);
+    if (wide.empty()) return false;
+    return CreateDirectoryW(wide.c_str(), nullptr) || KindOf(path) == EntryKind::folder;
+}
+
+bool ListFolder(const char* folder, const EntryVisitor& visit) {
+    const std::wstring wide = WidePath(folder);
+    if (wide.empty()) return false;
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW((wide + L"\\*").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) return false;
+    do {
+        char name[4 * MAX_PATH];
+        if (WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, entry.cFileName, -1, name,
+                                sizeof name, nullptr, nullptr) == 0)
+            continue;
+        const std::string_view text = name;
+        if (text == "." || text == "..") continue;
+        if (!visit(name, KindOfAttributes(entry.dwFileAttributes))) break;
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
+    return true;
+}
+
+bool ReplaceFile(const char* path, const void* bytes, size_t count) {
+    const std::wstring target = WidePath(path);
+    const EntryKind kind = KindOf(path);
+    if (target.empty() || (kind != EntryKind::none && kind != EntryKind::file)) return false;
+    const std::wstring beside = target + L"." + std::to_wstring(GetCurrentProcessId()) + L"-" +
+                                std::to_wstring(GetCurrentThreadId()) + L".tmp";
+    const bool good = WriteAndFlush(beside, bytes, count) &&
+                      MoveFileExW(beside.c_str(), target.c_str(),
+                                  MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    if (!good) DeleteFileW(beside.c_str());
+    return good;
+}
+
+}  // namespace norava::file_system
+
+#endif
