@@ -44,7 +44,7 @@ TEST(FilePath, IsJoinedAndTakenApart) {
 
 // 1023 bytes fit; one more is refused and leaves no path of another file behind.
 TEST(FilePath, IsNeverCutShort) {
-    const std::string longest = "/" + std::string(kPathBufferBytes - 2, 'x');
+    const std::string longest = std::string("/").append(kPathBufferBytes - 2, 'x');
     CFileManager file(longest.c_str());
     EXPECT_EQ(file.GetPath(), longest);
     EXPECT_STREQ(file.GetFileName(), longest.c_str() + 1);
