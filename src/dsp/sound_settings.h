@@ -3,55 +3,19 @@
 #include <array>
 #include <cstdint>
 
-// What a key voice knows of the instrument it belongs to: sound settings already in engine units, the modulation
-// matrix, controller positions, per-note tables and the noise seed. The instrument owns one and fills it on the audio
-// thread; every value in it is finite and within the range that is stated here.
+#include "dsp/modulation.h"
+
+// What a key voice knows of the instrument it belongs to: sound settings already in engine units,
+// the modulation matrix, controller positions, per-note tables and the noise seed. The instrument
+// owns one and fills it on the audio thread; every value in it is finite and within the range that
+// is stated here.
 
 namespace norava {
 
-inline constexpr int kModulationSlots = 8;
 inline constexpr int kFirstKeyNote = 24;
 inline constexpr int kNumKeys = 84;
-inline constexpr int kInternalRate = 48000;  // frames per second of the key voices, whatever the host's rate
-
-enum class ModulationSource : int {
-    none = 0,
-    envelope = 1,
-    lfo = 2,
-    modWheel = 3,
-    pitchWheel = 4,
-    aftertouch = 5,
-    velocity = 6,
-    keyNumber = 7,
-    release = 8,
-};
-
-enum class ModulationDestination : int {
-    lfoAmplitude = 0,
-    level = 1,
-    pan = 2,
-    pitch = 3,
-    loCutCutoff = 4,
-    hiCutCutoff = 5,
-    hiCutAttack = 6,
-    hiCutDecay = 7,
-    string1Decay = 8,
-    string2Decay = 9,
-    bothStringsDecay = 10,
-    string1Damp = 11,
-    string2Damp = 12,
-    bothStringsDamp = 13,
-    noiseRate = 14,
-};
-inline constexpr int kModulationDestinations = 15;
-
-// One slot of the matrix, as the voices use it. A source outside the menu adds 0 but still counts as a source; a
-// destination outside the menu reaches nothing.
-struct ModulationSlot {
-    int source = 0;
-    float amount = 0.0f;  // the knob squared, negated when the slot is inverted: -1..1
-    int destination = 0;
-};
+inline constexpr int kInternalRate =
+    48000;  // frames per second of the key voices, whatever the host's rate
 
 struct StringSettings {
     float decay = 1.0f;  // 0..1
@@ -62,8 +26,8 @@ struct StringSettings {
 };
 
 struct SoundSettings {
-    // Raised by the instrument after any change below except `lfoValue` and `noiseSeed`: the voices keep what they
-    // computed while it stands still.
+    // Raised by the instrument after any change below except `lfoValue` and `noiseSeed`: the voices
+    // keep what they computed while it stands still.
     std::uint32_t revision = 1;
 
     float tuneSemitones = 0.0f;  // -0.99..0.99
@@ -103,26 +67,30 @@ struct SoundSettings {
     float egSustain = 1.0f;  // 0..1
     float egReleaseSeconds = 50.1f;
 
-    int stringRatio = 3;           // 0..6: "4 : 1" .. "1 : 4"; any other value sounds as "1 : 1"
-    float octaveSelector = 0.5f;   // knob, 0..1: seven positions k / 6
+    int stringRatio = 3;          // 0..6: "4 : 1" .. "1 : 4"; any other value sounds as "1 : 1"
+    float octaveSelector = 0.5f;  // knob, 0..1: seven positions k / 6
 
     std::array<ModulationSlot, kModulationSlots> matrix{};
 
-    float modWheel = 0.0f;            // controller 1, 0..1
-    float pitchWheel = 0.0f;          // -1..1
-    float channelAftertouch = 0.0f;   // 0..1
+    float modWheel = 0.0f;           // controller 1, 0..1
+    float pitchWheel = 0.0f;         // -1..1
+    float channelAftertouch = 0.0f;  // 0..1
 
-    // Per-note tables, 128 entries each, indexed by MIDI note. They belong to the renderer; null stands for a table of
-    // neutral values (0 semitones, gain 1).
+    // Per-note tables, 128 entries each, indexed by MIDI note. They belong to the renderer; null
+    // stands for a table of neutral values (0 semitones, gain 1).
     const float* keyTuningSemitones = nullptr;
     const float* keyGainLeft = nullptr;
     const float* keyGainRight = nullptr;
 
-    float lfoValue = 0.0f;         // -1..1, this block's LFO output
-    std::uint32_t noiseSeed = 0;   // of this instrument alone, so that every rendering is repeatable
+    float lfoValue = 0.0f;        // -1..1, this block's LFO output
+    std::uint32_t noiseSeed = 0;  // of this instrument alone, so that every rendering is repeatable
 
-    // One bit a key that sounds, kept by the keys themselves.
+    // One bit a key that sounds (bit k % 64 of word k / 64 for note 24 + k), kept by the keys
+    // themselves.
     std::array<std::uint64_t, 2> activeKeys{};
+
+    // The matrix as the voices use it, kept by the voices themselves.
+    ModulationPlan plan;
 };
 
 }  // namespace norava

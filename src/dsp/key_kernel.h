@@ -1,0 +1,26 @@
+#pragma once
+
+#include "dsp/key_voice.h"
+#include "dsp/sound_settings.h"
+
+namespace norava {
+
+// The instruction sets that the kernel is built for. All of them give the same bytes.
+enum class KernelPath { baseline, wide };
+
+// Whether this machine can run the path.
+bool kernelPathAvailable(KernelPath path);
+// The fastest path of this machine, found once.
+KernelPath fastestKernelPath();
+
+// Renders `frames` frames of every sounding key at kInternalRate. `keys` holds the instrument's
+// kNumKeys keys in note order. Stores the keys' sum into `left` and `right` when any key sounds,
+// and leaves both alone when none does. `peak1` and `peak2` are raised to the largest magnitude of
+// string 1's and string 2's output. Audio thread; allocates nothing; the time is bounded by frames
+// x keys x 16 string steps.
+void processKeys(SoundSettings& settings, float* left, float* right, int frames, CNoravaKey** keys,
+                 float* peak1, float* peak2);
+void processKeys(KernelPath path, SoundSettings& settings, float* left, float* right, int frames,
+                 CNoravaKey** keys, float* peak1, float* peak2);
+
+}  // namespace norava

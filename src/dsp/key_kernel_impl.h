@@ -1,0 +1,170 @@
+#pragma once
+
+// The render kernel, written once for every vector width and included by one file per instruction
+// set. Everything here has internal linkage and calls nothing that is shared between those files,
+// so that no code built for a wider machine can end up where a narrower one runs it.
+//
+// A block is cut into pieces of at most kPieceFrames. In each piece the exciter and filters run for
+// several groups of four keys side by side (lanes = keys), because one group alone would wait for
+// its own recurrence most of the time; then the strings run key by key (lanes = lines), several
+// keys in flight for the same reason; last, each group's keys are interpolated to frames and
+// summed. No lane or grouping ever changes a result: every value is computed from the same operands
+// in the same order as for one key alone.
+
+#include <cstdint>
+
+#include "dsp/key_kernel_exciter.h"
+#include "dsp/key_kernel_output.h"
+#include "dsp/key_kernel_paths.h"
+#include "dsp/key_kernel_strings.h"
+
+namespace norava {
+namespace {
+
+// The longest piece in which a key of this pitch ratio makes at most kPieceSteps steps.
+NORAVA_INLINE int pieceFrames(double ratio) {
+    constexpr double kFewSteps = 1.9;
+    constexpr double kMoreSteps = 7.9;
+    return ratio < kFewSteps    ? kPieceFrames
+           : ratio < kMoreSteps ? kPieceSteps / 8
+                                : kPieceSteps / 16;
+}
+
+template <class L>
+struct Kernel {
+    KernelJob& job;
+    PieceSignals signals;
+    StepSchedule schedule;
+    StringPiece pieces[kKeysInFlight];
+    KeyStrings spare{};  // stands in for keys that a group lacks; nobody hears it
+    v128 peaks;
+
+    explicit Kernel(KernelJob& j) : job(j) {}
+
+    // N vectors of keys, from `firstKey` on, through all frames of the block.
+    template <int N>
+    void renderVectors(int firstKey) {
+        constexpr int kLanes = 4 * L::kHalves;
+        constexpr int kKeys = kLanes * N;
+        ExciterLanes<typename L::F> lanes[N];
+        typename L::U seeds[N];
+        drawSeeds<N>(firstKey, seeds);
+        for (int v = 0; v < N; ++v)
+            lanes[v] = loadExciter<L>(job.keys + firstKey + kLanes * v);
+        bool clips = false;
+        double fastest = 0.0;
+        for (int k = 0; k < kKeys; ++k) {
+            const KeyKernelData& key = *job.keys[firstKey + k];
+            clips = clips || key.exciter.hiCutClip != 0.0f;
+            if (key.strings.pitchRatio > fastest) fastest = key.strings.pitchRatio;
+        }
+        const int sounding = smaller(job.numSounding - firstKey, kKeys);
+        const int step = pieceFrames(fastest);
+        for (int done = 0; done < job.frames; done += step) {
+            const int n = smaller(job.frames - done, step);
+            renderNoise<L, N>(lanes, seeds, n, signals);
+            // A division by exactly 1 changes nothing.
+            if (clips)
+                renderHiCut<L, N, true>(lanes, n, signals);
+            else
+                renderHiCut<L, N, false>(lanes, n, signals);
+            for (int k = 0; k < sounding; k += kKeysInFlight)
+                renderGroup(firstKey + k, k, smaller(sounding - k, kKeysInFlight), done, n);
+        }
+        for (int v = 0; v < N; ++v)
+            storeExciter<L>(lanes[v], job.keys + firstKey + kLanes * v);
+    }
+
+    // Groups draw their block's numbers one after the other.
+    template <int N>
+    void drawSeeds(int firstKey, typename L::U* seeds) {
+        const NoiseJump block = noiseJump(4 * static_cast<std::uint32_t>(job.frames));
+        for (int v = 0; v < N; ++v) {
+            std::uint32_t lane[4 * L::kHalves];
+            for (int h = 0; h < L::kHalves; ++h) {
+                std::uint32_t seed = job.noiseSeed;
+                for (int i = 0; i < 4; ++i) {
+                    lane[4 * h + i] = seed;
+                    seed = seed * kNoiseA + kNoiseC;
+                }
+                if (firstKey + 4 * (L::kHalves * v + h) < job.numSounding)
+                    job.noiseSeed = block(job.noiseSeed);
+            }
+            seeds[v] = loadLanes<typename L::U>(lane);
+        }
+    }
+
+    // The strings of one group of `count` sounding keys for one piece; `lane` is the first one's
+    // lane in the signals.
+    void renderGroup(int firstKey, int lane, int count, int done, int frames) {
+        KeyStrings* strings[kKeysInFlight];
+        for (int k = 0; k < kKeysInFlight; ++k) {
+            strings[k] = k < count ? &job.keys[firstKey + k]->strings : &spare;
+            pieces[k].strings = strings[k];
+        }
+        scheduleSteps<L>(strings, frames, schedule);
+        for (int k = 0; k < count; ++k)
+            pieces[k].steps = spreadExciter(schedule, k, &signals.exciter[0][lane + k], frames,
+                                            pieces[k].exciter);
+        constexpr int kVectors = kKeysInFlight / L::kHalves;
+        if (count == 4)
+            renderStrings<L, kVectors>(pieces, job.saturation);
+        else if (count == 3)
+            renderStrings<BaselineLanes, 3>(pieces, job.saturation);
+        else if (count == 2)
+            renderStrings<L, 2 / L::kHalves>(pieces, job.saturation);
+        else
+            renderStrings<BaselineLanes, 1>(pieces, job.saturation);
+        v64 sums[kPieceFrames];
+        for (int k = 0; k < count; ++k)
+            mixStrings(pieces[k], peaks);
+        const float* amp = &signals.amp[0][lane];
+        if (count == 4)
+            sumFrames<4>(pieces, schedule, amp, frames, sums);
+        else if (count == 3)
+            sumFrames<3>(pieces, schedule, amp, frames, sums);
+        else if (count == 2)
+            sumFrames<2>(pieces, schedule, amp, frames, sums);
+        else
+            sumFrames<1>(pieces, schedule, amp, frames, sums);
+        writeGroup(sums, done, frames, firstKey == 0);
+    }
+
+    // The first group stores its sum, so that nobody need clear the buffers; the others add theirs.
+    void writeGroup(const v64* sums, int done, int frames, bool first) {
+        float* left = job.left + done;
+        float* right = job.right + done;
+        for (int i = 0; i < frames; ++i) {
+            left[i] = first ? sums[i][0] : left[i] + sums[i][0];
+            right[i] = first ? sums[i][1] : right[i] + sums[i][1];
+        }
+    }
+
+    void render() {
+        constexpr int kMaxVectors = kMaxGroups / L::kHalves;
+        constexpr int kLanes = 4 * L::kHalves;
+        peaks = v128_Set(job.peak1, job.peak2, job.peak1, job.peak2);
+        for (int key = 0; key < job.numSounding; key += kLanes * kMaxVectors) {
+            const int vectors = (job.numSounding - key + kLanes - 1) / kLanes;
+            if (vectors >= kMaxVectors)
+                renderVectors<kMaxVectors>(key);
+            else if (vectors == 3)
+                renderVectors<kMaxVectors == 4 ? 3 : 1>(key);
+            else if (vectors == 2)
+                renderVectors<kMaxVectors == 4 ? 2 : 1>(key);
+            else
+                renderVectors<1>(key);
+        }
+        job.peak1 = peaks[0] > peaks[2] ? peaks[0] : peaks[2];
+        job.peak2 = peaks[1] > peaks[3] ? peaks[1] : peaks[3];
+    }
+};
+
+template <class L>
+void renderKeys(KernelJob& job) {
+    Kernel<L> kernel(job);
+    kernel.render();
+}
+
+}  // namespace
+}  // namespace norava

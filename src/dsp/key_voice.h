@@ -1,0 +1,117 @@
+#pragma once
+
+#include <array>
+#include <cstring>
+#include <memory>
+
+#include "dsp/envelope.h"
+#include "dsp/key_kernel_data.h"
+#include "dsp/sound_settings.h"
+
+namespace norava {
+
+// Remembers the inputs of a formula, bit for bit, so that it is evaluated again only when one of
+// them has changed.
+template <int N>
+class InputMemo {
+  public:
+    // True when `now` differs from the inputs of the last call, or after `forget`.
+    bool changed(const std::array<double, N>& now) {
+        if (known_ && std::memcmp(now.data(), last_.data(), sizeof last_) == 0) return false;
+        last_ = now;
+        return known_ = true;
+    }
+    void forget() { known_ = false; }
+
+  private:
+    std::array<double, N> last_{};
+    bool known_ = false;
+};
+
+// One key of the instrument: a noise exciter, two strings of two delay lines and a comb line each,
+// lo-cut and hi-cut, an amplitude and a modulation envelope. This class holds a note's life and
+// turns the instrument's settings into the coefficients that the render kernel (key_kernel.h) uses,
+// once per control block. All calls belong to the audio thread, except construction, which takes
+// the memory: as much as the key's lowest tuning can need.
+class CNoravaKey {
+  public:
+    // key: MIDI note number, kFirstKeyNote .. kFirstKeyNote + kNumKeys - 1. `settings` must outlive
+    // the key.
+    CNoravaKey(int key, SoundSettings& settings);
+    CNoravaKey(const CNoravaKey&) = delete;
+    CNoravaKey& operator=(const CNoravaKey&) = delete;
+
+    // Silences the key and forgets its sound. Takes constant time: the lines are not cleared but
+    // marked as stale.
+    void reset();
+    // Begins a note, also while the key sounds. velocity: 0..1. Takes constant time.
+    void start(float velocity);
+    // Begins the release; a second call begins it anew.
+    void release();
+    // Computes the coefficients for the next `frames` frames at kInternalRate. May end the note
+    // (see isActive).
+    void updateParams(int frames);
+    // The matrix's sum for one destination code (see ModulationDestination), -64..64; "lfo ampl"
+    // and "level" are 1 when no slot with a source leads to them.
+    float getModulator(int destination) const;
+
+    bool isActive() const { return active_; }
+    float keyFrequencyHz() const { return keyFrequencyHz_; }
+    KeyKernelData& kernelData() { return data_; }
+    const KeyKernelData& kernelData() const { return data_; }
+
+  private:
+    void setActive(bool active);
+    void setStringLengths();
+    float modulate(ModulationDestination d) const { return getModulator(static_cast<int>(d)); }
+    double sourceValue(int source) const;
+
+    void updatePitch();
+    void updateNoise();
+    void updateHiCut(std::uint32_t due);
+    void updateLoCut();
+    void updateStringDamping(int string);
+    void updateStringGain(int string);
+    void updateOutputGains();
+    void updateUnmodulated();
+    void updateHiCutEnvelope();
+    bool updateAmpEnvelope(double blockSeconds);
+
+    SoundSettings& settings_;
+    KeyKernelData data_;
+    std::unique_ptr<unsigned char[]> memory_;
+
+    const int key_;
+    const float keyFrequencyHz_;
+    bool active_ = false;
+    std::uint32_t seenRevision_ = 0;  // 0: everything is due, whatever the instrument's revision
+
+    CEgADSR modulationEnvelope_;
+    float envelopeValue_ = 0.0f;
+    float lfoAmplitude_ = 0.0f;
+    float lfoValue_ = 0.0f;
+    float velocity_ = 0.0f;
+    float releaseFlag_ = 0.0f;
+    double secondsSinceStart_ = 0.0;
+    double secondsSinceRelease_ = -1.0;  // -1 while the key is held
+
+    double baseRatio_ = 1.0;  // corrects the string's truncation to whole frames
+    double hiCutAttackSeconds_ = 0.0;
+    float hiCutAttackRate_ = 1.0f;
+    float hiCutDecayRate_ = 0.0f;
+    float ampAttackRate_ = 0.0f;
+    float ampDecayRate_ = 0.0f;
+    float ampReleaseRate_ = 0.0f;
+
+    InputMemo<4> pitchMemo_;
+    InputMemo<1> noiseMemo_;
+    InputMemo<2> hiCutTimesMemo_;
+    InputMemo<2> hiCutMemo_;
+    InputMemo<2> loCutMemo_;
+    InputMemo<3> dampingMemo_[2];
+    InputMemo<2> gainMemo_[2];
+    InputMemo<6> outputMemo_;
+    InputMemo<3> ampMemo_;
+};
+
+}  // namespace norava
