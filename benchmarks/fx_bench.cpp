@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "bench/cycles.h"
+#include "benchmarks/cycles.h"
 #include "fx/effects_chain.h"
 
 namespace norava::bench {
