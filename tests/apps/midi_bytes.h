@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <string_view>
+#include <vector>
+
+namespace norava::test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+inline Bytes operator+(Bytes left, const Bytes& right) {
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+
+inline Bytes Chunk(std::string_view letters, const Bytes& content) {
+    const auto length = std::uint32_t(content.size());
+    return Bytes(letters.begin(), letters.end()) +
+           Bytes{std::uint8_t(length >> 24), std::uint8_t(length >> 16 & 0xFF),
+                 std::uint8_t(length >> 8 & 0xFF), std::uint8_t(length & 0xFF)} +
+           content;
+}
+
+inline Bytes Header(std::uint8_t format, std::uint8_t tracks, std::uint8_t divisionHigh = 0,
+                    std::uint8_t divisionLow = 96) {
+    return Chunk("MThd", {0, format, 0, tracks, divisionHigh, divisionLow});
+}
+
+inline const Bytes kEndOfTrack = {0, 0xFF, 0x2F, 0};
+
+inline Bytes Track(const Bytes& events) {
+    return Chunk("MTrk", events + kEndOfTrack);
+}
+
+// One track of 96 ticks a quarter.
+inline Bytes OneTrackFile(const Bytes& events) {
+    return Header(0, 1) + Track(events);
+}
+
+}  // namespace norava::test
