@@ -1,0 +1,148 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "fx/reverb_coefficients.h"
+
+// Plain scalar twin of the reverb: one frame after the other through all of it, suspended by
+// filling everything.
+
+namespace norava::literal {
+
+struct Reverb {
+    struct Line {
+        std::vector<float> cells;
+        int length = 1;
+        int position = 0;
+
+        float& at(int offset) {
+            const int i = position + offset;
+            return cells[static_cast<std::size_t>(i >= length ? i - length : i)];
+        }
+        float step(float value) {
+            const float old = at(0);
+            at(0) = value;
+            if (--position < 0) position = length - 1;
+            return old;
+        }
+        float allPass(float in, float out, float store) {
+            const float result = at(0) - out * in;
+            step(in + store * result);
+            return result;
+        }
+    };
+
+    void setSampleRate(float sampleRate) {
+        rate = sampleRate;
+        const ReverbLengths capacities = reverbLineCapacities(static_cast<int>(rate));
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            lines[i].cells.assign(static_cast<std::size_t>(capacities[i]), 1e-30f);
+            lines[i].position = 0;
+        }
+        changed = true;
+    }
+    void setParameter(int index, float v) {
+        const auto parameter = static_cast<ReverbParameter>(index);
+        values[parameter] = reverbValueOf(parameter, v);
+        changed = true;
+    }
+    void suspend() {
+        for (Line& line : lines)
+            std::fill(line.cells.begin(), line.cells.end(), 1e-30f);
+        h = apIn = apOut = erL = erR = 0.0f;
+        shelfIn = shelfOut = damp = {};
+        gain = -1000.0f;
+    }
+    void cook() {
+        changed = false;
+        c = cookReverb(values, rate);
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            lines[i].length = c.lengths[i];
+            lines[i].position %= c.lengths[i];
+        }
+        if (values[kReverbRoomSize] == cookedRoom) return;
+        cookedRoom = values[kReverbRoomSize];
+        for (std::size_t i = 0; i < lines.size(); ++i) {
+            if (i != kPredelayLine) lines[i].cells.assign(lines[i].cells.size(), 0.0f);
+        }
+    }
+    void tank(std::size_t half, float input, float predelayed) {
+        Line* l = &lines[4 + 4 * half];
+        const float y = input * c.decay;
+        const float s = (y - shelfOut[half]) * c.bassAllPass + shelfIn[half];
+        shelfIn[half] = y;
+        shelfOut[half] = s;
+        const float y2 = y + (y + s) * c.bassShelf;
+        damp[half] += (y2 + predelayed + 1e-20f - damp[half]) * c.damping;
+        const float z = l[1].step(l[0].allPass(damp[half], c.diffusion3, c.diffusion3));
+        l[3].step(l[2].allPass(z * c.decay, c.diffusion4, c.diffusion4));
+    }
+    void frame(float& left, float& right) {
+        const float inL = left * c.inputGain;
+        const float inR = right * c.inputGain;
+        const float m = (inL + inR) * 0.5f + 1e-30f;
+        h += (m - h) * c.highCut;
+        const float ap = (h - apOut) * c.lowCut + apIn;
+        apIn = h;
+        apOut = ap;
+        float x = c.lowCut != 0.0f ? (h - ap) * 0.5f + 1e-30f : h;
+        if (c.earlyGain != 0.0f) {
+            const auto l = [&](std::size_t i) {
+                return lines[kEarlyLine].at(c.earlyLeftTaps[i]) * c.earlyLeftGains[i];
+            };
+            const auto r = [&](std::size_t i) {
+                return lines[kEarlyLine].at(c.earlyRightTaps[i]) * c.earlyRightGains[i];
+            };
+            erL = l(0) + l(1) - l(2) + l(3) + l(4) + l(5) + l(6);
+            erR = r(0) - r(1) + r(2) + r(3) - r(4) + r(5) + r(6) - r(7);
+        }
+        x = lines[0].allPass(x, c.diffusion1, c.diffusion1);
+        lines[kEarlyLine].step(x);
+        x = lines[1].allPass(x, c.diffusion2, c.diffusion1);
+        x = lines[2].allPass(x, c.diffusion1, c.diffusion1);
+        x = lines[3].allPass(x, c.diffusion2, c.diffusion1);
+        const float p = lines[kPredelayLine].step(x);
+        tank(0, lines[11].at(0), p);
+        tank(1, lines[7].at(0), p);
+
+        const auto& L = c.leftTaps;
+        const auto& R = c.rightTaps;
+        const float wetL = lines[9].at(L[0]) - lines[9].at(L[1]) * c.weight25 -
+                           lines[10].at(L[2]) * c.weight70 - lines[11].at(L[3]) * c.weight20 +
+                           lines[5].at(L[4]) * c.weight60 + lines[6].at(L[5]) +
+                           lines[7].at(L[6]) * c.weight50;
+        const float wetR = lines[5].at(R[0]) + lines[5].at(R[1]) * c.weight25 -
+                           lines[6].at(R[2]) * c.weight70 - lines[7].at(R[3]) * c.weight20 -
+                           lines[9].at(R[4]) * c.weight60 + lines[10].at(R[5]) +
+                           lines[11].at(R[6]) * c.weight50;
+        if (gain < -99.0f) gain = c.reverbGain;
+        gain += (c.reverbGain - gain) * 0.001f;
+        const float oL = wetL * gain + erL * c.earlyGain;
+        const float oR = wetR * gain + erR * c.earlyGain;
+        left = inL * c.dryGain + (oL + oR) + (oL - oR) * c.width;
+        right = inR * c.dryGain + (oL + oR) - (oL - oR) * c.width;
+    }
+    void process(float* left, float* right, long frames) {
+        if (changed) cook();
+        for (long i = 0; i < frames; ++i)
+            frame(left[i], right[i]);
+    }
+
+    float rate = 0.0f;
+    ReverbValues values = [] {
+        ReverbValues v;
+        for (std::size_t i = 0; i < v.size(); ++i) {
+            v[i] = reverbValueOf(static_cast<ReverbParameter>(i), kDefaultReverbProgram.values[i]);
+        }
+        return v;
+    }();
+    ReverbCoefficients c;
+    bool changed = true;
+    int cookedRoom = 50;
+    std::array<Line, kReverbLines> lines;
+    float h = 0.0f, apIn = 0.0f, apOut = 0.0f, erL = 0.0f, erR = 0.0f, gain = -1000.0f;
+    std::array<float, 2> shelfIn{}, shelfOut{}, damp{};
+};
+
+}  // namespace norava::literal
