@@ -9,9 +9,11 @@ inline constexpr int kResonatorBands = 8;
 inline constexpr int kMatrixSlots = 8;
 inline constexpr int kMatrixSlotSize = 4;  // source, amount, invert, destination
 
+namespace param {
+
 // The number of a parameter is the same in the store, the state block, the table and the panel's
 // control ids, and is saved in users' projects: a number never changes its meaning.
-enum ParameterIndex : int {
+enum Index : int {
     kMasterLevel,
     kTune,
     kAmpAttack,
@@ -76,5 +78,7 @@ enum ParameterIndex : int {
     kOctave,
 };
 static_assert(kReverbColor == kNumHostParameters - 1 && kOctave == kNumParameters - 1);
+
+}  // namespace param
 
 }  // namespace norava

@@ -36,7 +36,7 @@ inline constexpr Curve kUnused{CurveShape::unused};
 
 }  // namespace parameter_curves
 
-namespace parameter_rows {
+namespace param {
 
 using namespace parameter_curves;
 using enum ControlKind;
@@ -170,9 +170,9 @@ constexpr bool EachRowHasItsIndex() {
 }
 static_assert(EachRowHasItsIndex());
 
-}  // namespace parameter_rows
+}  // namespace param
 
-inline constexpr const std::array<Parameter, kNumParameters>& kParameters = parameter_rows::kRows;
+inline constexpr const std::array<Parameter, kNumParameters>& kParameters = param::kRows;
 
 constexpr bool IsParameter(int index) {
     return index >= 0 && index < kNumParameters;

@@ -17,10 +17,10 @@ TEST(ParameterTable, KeepsTheNumbersThatProjectsHold) {
     EXPECT_STREQ(GetParameter(62).name, "Resonator On 8");
     EXPECT_STREQ(GetParameter(63).name, "Delay ON/OFF");
     EXPECT_STREQ(GetParameter(77).name, "Reverb Color");
-    EXPECT_EQ(kMatrix, 79);
-    EXPECT_EQ(kStringRatio, 111);
-    EXPECT_EQ(kDelayTempo, 112);
-    EXPECT_EQ(kOctave, 113);
+    EXPECT_EQ(param::kMatrix, 79);
+    EXPECT_EQ(param::kStringRatio, 111);
+    EXPECT_EQ(param::kDelayTempo, 112);
+    EXPECT_EQ(param::kOctave, 113);
 }
 
 TEST(ParameterTable, RowsFitWhatTheyDescribe) {
@@ -35,18 +35,18 @@ TEST(ParameterTable, RowsFitWhatTheyDescribe) {
         EXPECT_LE(row.defaultValue, largest);
     }
     for (int slot = 0; slot < kMatrixSlots; ++slot) {
-        const int first = kMatrix + slot * kMatrixSlotSize;
+        const int first = param::kMatrix + slot * kMatrixSlotSize;
         EXPECT_EQ(GetParameter(first).items.size(), 9u);
         EXPECT_EQ(GetParameter(first + 2).control, ControlKind::button);
         EXPECT_EQ(GetParameter(first + 3).items.size(), 15u);
     }
-    EXPECT_STREQ(GetParameter(kMatrix).items[6], "velocity");
-    EXPECT_STREQ(GetParameter(kMatrix + 3).items[12], "str2  damp");
+    EXPECT_STREQ(GetParameter(param::kMatrix).items[6], "velocity");
+    EXPECT_STREQ(GetParameter(param::kMatrix + 3).items[12], "str2  damp");
 }
 
 TEST(ParameterTable, IsSearchedByName) {
-    EXPECT_EQ(FindParameter("Reverb ON/OFF"), kReverbOn);
-    EXPECT_EQ(FindParameter("matrix 2 destination"), kMatrix + 7);
+    EXPECT_EQ(FindParameter("Reverb ON/OFF"), param::kReverbOn);
+    EXPECT_EQ(FindParameter("matrix 2 destination"), param::kMatrix + 7);
     EXPECT_EQ(FindParameter("Reverb ON/OF"), -1);
     EXPECT_EQ(FindParameter("Reverb ON/OFFF"), -1);
     EXPECT_EQ(FindParameter(""), -1);
