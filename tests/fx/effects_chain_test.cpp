@@ -7,7 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "fx/literal_chain.h"
+#include "reference/reference_chain.h"
 
 namespace norava {
 namespace {
@@ -27,7 +27,7 @@ long firstDifference(const Buffer& a, const Buffer& b) {
 // The library's chain and its twin, given the same settings and the same sound.
 struct Pair {
     CNoravaFX chain;
-    literal::Chain twin;
+    reference::Chain twin;
     std::minstd_rand random{7};
     int silentFrom = 1 << 30;  // block
     int block = 0;

@@ -7,7 +7,7 @@
 #include "dsp/iir_filters.h"
 #include "dsp/string_delay.h"
 
-namespace norava::literal {
+namespace norava::reference {
 
 // Plain scalar twin of the resonator bank: frame by frame, line by line, every setting applied in
 // every frame. The library must give the same bits; the benchmarks compare with it.
@@ -76,4 +76,4 @@ struct Resonator {
     std::array<CFilterIIR_HP, 2> highPass;
 };
 
-}  // namespace norava::literal
+}  // namespace norava::reference

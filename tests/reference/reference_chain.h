@@ -3,11 +3,11 @@
 #include <array>
 #include <memory>
 
-#include "dsp/literal_resonator.h"
 #include "fx/effects_chain.h"
-#include "fx/literal_reverb.h"
+#include "reference/reference_resonator.h"
+#include "reference/reference_reverb.h"
 
-namespace norava::literal {
+namespace norava::reference {
 
 // Plain scalar twin of the effects chain, delay and chorus included: frame by frame, line by line.
 struct Chain {
@@ -113,4 +113,4 @@ struct Chain {
     std::array<CFilterIIR_HP, 2> highPass;
 };
 
-}  // namespace norava::literal
+}  // namespace norava::reference

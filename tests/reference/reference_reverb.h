@@ -8,7 +8,7 @@
 // Plain scalar twin of the reverb: one frame after the other through all of it, suspended by
 // filling everything.
 
-namespace norava::literal {
+namespace norava::reference {
 
 struct Reverb {
     struct Line {
@@ -145,4 +145,4 @@ struct Reverb {
     std::array<float, 2> shelfIn{}, shelfOut{}, damp{};
 };
 
-}  // namespace norava::literal
+}  // namespace norava::reference
