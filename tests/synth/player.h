@@ -1,0 +1,98 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <initializer_list>
+#include <span>
+#include <vector>
+
+#include "framework/block_runner.h"
+#include "framework/plugin_instance.h"
+#include "parameters/parameter_table.h"
+#include "synth/norava_synth.h"
+
+// An instrument as a host drives it, without a host.
+
+namespace norava::test {
+
+class Definition : public CPluginInstance {
+  public:
+    Definition() {
+        numParams = kNumParameters;
+        numParamsAutomable = kNumHostParameters;
+    }
+};
+
+// The renderer asks for the definition when it is made.
+inline void NeedDefinition() {
+    static Definition definition;
+}
+
+struct Stereo {
+    std::vector<float> left;
+    std::vector<float> right;
+
+    float Peak() const {
+        float peak = 0.0f;
+        for (const auto* channel : {&left, &right}) {
+            for (float x : *channel)
+                peak = std::max(peak, std::abs(x));
+        }
+        return peak;
+    }
+    bool IsFinite() const {
+        const auto finite = [](float x) { return std::isfinite(x); };
+        return std::ranges::all_of(left, finite) && std::ranges::all_of(right, finite);
+    }
+    bool operator==(const Stereo&) const = default;
+};
+
+struct ParamValue {
+    int index;
+    float value;
+};
+
+template <typename Synth = CNoravaSynth>
+class BasicPlayer {
+  public:
+    explicit BasicPlayer(double rate = 48000.0) : synth((NeedDefinition(), Synth())) {
+        synth.Reset(rate);
+    }
+
+    void Set(std::initializer_list<ParamValue> values) {
+        for (const ParamValue& v : values)
+            synth.SetParamValue(v.index, v.value);
+    }
+    void Send(unsigned char status, unsigned char data1, unsigned char data2, int position = 0) {
+        const std::array<unsigned char, 4> bytes{status, data1, data2, 0};
+        synth.CreateMIDIEvent(position, bytes.data(), bytes.size());
+    }
+    void NoteOn(int note, int velocity = 100, int position = 0) {
+        Send(0x90, static_cast<unsigned char>(note), static_cast<unsigned char>(velocity),
+             position);
+    }
+    void NoteOff(int note, int position = 0) {
+        Send(0x80, static_cast<unsigned char>(note), 0, position);
+    }
+    // Host blocks of `block` frames; events that were sent lie in the first one.
+    Stereo Render(int frames, int block = 512, double tempo = 120.0) {
+        Stereo out;
+        out.left.resize(static_cast<std::size_t>(frames));
+        out.right.resize(static_cast<std::size_t>(frames));
+        for (int done = 0; done < frames; done += block) {
+            const std::array<float*, 2> channels{out.left.data() + done, out.right.data() + done};
+            HostBlock host;
+            host.outputs = channels;
+            host.frames = std::min(block, frames - done);
+            RunBlock(synth, host, {.tempo = tempo, .beatPos = {}, .transportChangedTo = {}});
+        }
+        return out;
+    }
+
+    Synth synth;
+};
+
+using Player = BasicPlayer<>;
+
+}  // namespace norava::test
