@@ -87,7 +87,8 @@ class CPluginRenderer : public CEventBuffer {
     virtual void GetParamDisplay(int index, std::span<char> text);
 
     // Any. Size of the state in bytes; with a buffer (of at least that size) the state is written
-    // into it. LoadState is false for a block that it refuses, and nothing has changed then.
+    // into it. LoadState is false for a block that it refuses, and nothing has changed then;
+    // one that is taken ends with SetAllChanged.
     virtual int SaveState(char* buffer);
     virtual bool LoadState(const char* buffer, int size);
 

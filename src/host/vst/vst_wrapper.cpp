@@ -180,9 +180,7 @@ vst::iptr CVSTWrapper::getChunk(void** data, bool) {
 vst::iptr CVSTWrapper::setChunk(const void* data, vst::iptr size, bool) {
     if (renderer == nullptr || size < 0 || size > std::numeric_limits<int>::max()) return 0;
     if (!renderer->LoadState(static_cast<const char*>(data), static_cast<int>(size))) return 0;
-    // The panel may live on another thread than the one that loads: it sees the count move and
-    // takes all values.
-    renderer->SetAllChanged();
+    // A panel on another thread sees the renderer's count of changes move.
     const int numReported = std::min(definition.GetNumParamsAutomable(), renderer->GetNumParams());
     for (int i = 0; i < numReported; ++i)
         ParameterChanged(i, renderer->GetParamValue(i));
