@@ -44,6 +44,11 @@ CPluginInstance::CPluginInstance() : hostName(kUnknown), hostVendorName(kUnknown
     currentInstance = this;
 }
 
+CPluginInstance::~CPluginInstance() {
+    CPluginInstance* self = this;
+    currentInstance.compare_exchange_strong(self, nullptr);
+}
+
 void CPluginInstance::GetInputChannelName(int index, std::span<char> name) {
     CopyChannelName(index, name);
 }

@@ -27,6 +27,7 @@ class CPluginInstance {
     CPluginInstance();  // becomes what GetPluginInstance() returns
     CPluginInstance(const CPluginInstance&) = delete;
     CPluginInstance& operator=(const CPluginInstance&) = delete;
+    ~CPluginInstance();  // not virtual: nothing deletes through this base
 
     // `index` counts stereo pairs.
     virtual void GetInputChannelName(int index, std::span<char> name);
@@ -66,8 +67,6 @@ class CPluginInstance {
     static std::size_t GetPluginDirectory(std::span<char> path) noexcept;
 
   protected:
-    ~CPluginInstance() = default;  // lives as long as the module; never deleted through this base
-
     static constexpr std::int8_t kFormatUnknown = -1;
     static constexpr std::int8_t kFormatVST = 0;
     static constexpr std::int8_t kFormatAU = 1;

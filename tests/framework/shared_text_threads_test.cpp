@@ -1,0 +1,58 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "framework/shared_text.h"
+
+namespace norava {
+namespace {
+
+// Writers set texts of one repeated letter whose length belongs to the letter: any mixture of two
+// texts shows.
+std::string TextOf(int number) {
+    return std::string(static_cast<std::size_t>(1 + number * 31 % 250),
+                       static_cast<char>('a' + number % 26));
+}
+
+bool IsWhole(const std::string& text) {
+    for (int number = 0; number < 26; ++number) {
+        if (text == TextOf(number)) return true;
+    }
+    return false;
+}
+
+TEST(SharedText, IsNeverTornByManyWriters) {
+    CSharedText<256> text(TextOf(0));
+    std::atomic<bool> done = false;
+    std::atomic<int> numTorn = 0;
+    std::vector<std::thread> threads;
+    for (int reader = 0; reader < 2; ++reader) {
+        threads.emplace_back([&] {
+            std::array<char, 256> read;
+            while (!done) {
+                text.Get(read);
+                if (!IsWhole(read.data())) ++numTorn;
+            }
+        });
+    }
+    std::vector<std::thread> writers;
+    for (int writer = 0; writer < 3; ++writer) {
+        writers.emplace_back([&text, writer] {
+            for (int i = 0; i < 20000; ++i)
+                text.Set(TextOf((i * 7 + writer) % 26));
+        });
+    }
+    for (auto& writer : writers)
+        writer.join();
+    done = true;
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(numTorn, 0);
+}
+
+}  // namespace
+}  // namespace norava
