@@ -11,4 +11,10 @@ class BadInput : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// The same for what is to be written.
+class OutputError : public BadInput {
+  public:
+    using BadInput::BadInput;
+};
+
 }  // namespace norava

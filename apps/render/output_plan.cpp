@@ -1,0 +1,56 @@
+#include "render/output_plan.h"
+
+#include <set>
+#include <system_error>
+
+#include "render/bad_input.h"
+
+namespace norava {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool NamesFolder(const fs::path& path) {
+    return !path.has_filename() || fs::is_directory(path);
+}
+
+// A name with an ending looks like a file's, and was hardly meant for a new folder.
+void MakeFolder(const fs::path& folder) {
+    std::error_code error;
+    if (!folder.has_extension()) fs::create_directories(folder, error);
+    if (!fs::is_directory(folder)) {
+        throw BadInput(folder.string() + ": several songs need a folder to go to" +
+                       (error ? ": " + error.message() : ""));
+    }
+}
+
+}  // namespace
+
+std::vector<RenderTask> PlanOutputs(const Options& options) {
+    std::vector<RenderTask> tasks;
+    const bool writes = !options.output.empty() || !options.render.hash;
+    if (!writes) {
+        for (const fs::path& input : options.inputs)
+            tasks.push_back({input, {}});
+        return tasks;
+    }
+    const bool oneFile =
+        options.inputs.size() == 1 && !options.output.empty() && !NamesFolder(options.output);
+    if (oneFile) return {{options.inputs.front(), options.output}};
+
+    const fs::path folder = options.output.empty() ? fs::path(".") : options.output;
+    MakeFolder(folder);
+    std::set<fs::path> names;
+    for (const fs::path& input : options.inputs) {
+        fs::path name = input.stem();
+        name += EndingOf(options.container.value_or(Container::wav));
+        if (!names.insert(name).second) {
+            throw BadInput("two songs would both become " + name.string());
+        }
+        tasks.push_back({input, options.output.empty() ? name : folder / name});
+    }
+    return tasks;
+}
+
+}  // namespace norava
