@@ -1,0 +1,133 @@
+#include "host/call_watch.h"
+
+#ifndef NORAVA_SANITIZED  // the sanitizers bring twins of their own
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <pthread.h>
+#include <sys/prctl.h>
+
+#include <cstddef>
+
+#ifndef PR_SET_SYSCALL_USER_DISPATCH
+#define PR_SET_SYSCALL_USER_DISPATCH 59
+#define PR_SYS_DISPATCH_OFF 0
+#define PR_SYS_DISPATCH_ON 1
+#endif
+
+namespace {
+
+thread_local bool counting = false;
+thread_local int memoryCalls = 0;
+thread_local int lockCalls = 0;
+
+// Read by the kernel at each system call of the thread.
+constexpr char kAllow = 0;
+constexpr char kBlock = 1;
+thread_local volatile char selector = kAllow;
+thread_local volatile int numSystemCalls = 0;
+thread_local volatile int firstSystemCall = -1;
+
+void CountMemory() {
+    if (counting) ++memoryCalls;
+}
+
+template <typename Function>
+Function* Next(const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+void OnSystemCall(int, siginfo_t* info, void*) {
+    selector = kAllow;
+    numSystemCalls = numSystemCalls + 1;
+    firstSystemCall = info->si_syscall;
+}
+
+}  // namespace
+
+#define NORAVA_TWIN extern "C" __attribute__((visibility("default")))
+
+extern "C" {
+void* __libc_malloc(std::size_t);
+void* __libc_calloc(std::size_t, std::size_t);
+void* __libc_realloc(void*, std::size_t);
+void __libc_free(void*);
+void* __libc_memalign(std::size_t, std::size_t);
+}
+
+NORAVA_TWIN void* malloc(std::size_t size) {
+    CountMemory();
+    return __libc_malloc(size);
+}
+NORAVA_TWIN void* calloc(std::size_t count, std::size_t size) {
+    CountMemory();
+    return __libc_calloc(count, size);
+}
+NORAVA_TWIN void* realloc(void* memory, std::size_t size) {
+    CountMemory();
+    return __libc_realloc(memory, size);
+}
+NORAVA_TWIN void free(void* memory) {
+    CountMemory();
+    __libc_free(memory);
+}
+NORAVA_TWIN void* memalign(std::size_t alignment, std::size_t size) {
+    CountMemory();
+    return __libc_memalign(alignment, size);
+}
+NORAVA_TWIN void* aligned_alloc(std::size_t alignment, std::size_t size) {
+    CountMemory();
+    return __libc_memalign(alignment, size);
+}
+NORAVA_TWIN int posix_memalign(void** target, std::size_t alignment, std::size_t size) {
+    CountMemory();
+    *target = __libc_memalign(alignment, size);
+    return *target != nullptr ? 0 : ENOMEM;
+}
+
+#define NORAVA_LOCK_TWIN(name, type)                      \
+    NORAVA_TWIN int name(type* lock) {                    \
+        static const auto next = Next<int(type*)>(#name); \
+        if (counting) ++lockCalls;                        \
+        return next(lock);                                \
+    }
+NORAVA_LOCK_TWIN(pthread_mutex_lock, pthread_mutex_t)
+NORAVA_LOCK_TWIN(pthread_mutex_trylock, pthread_mutex_t)
+NORAVA_LOCK_TWIN(pthread_rwlock_rdlock, pthread_rwlock_t)
+NORAVA_LOCK_TWIN(pthread_rwlock_wrlock, pthread_rwlock_t)
+#undef NORAVA_LOCK_TWIN
+
+namespace norava {
+
+CallWatch::CallWatch() : watching(true) {
+    struct sigaction action {};
+    action.sa_sigaction = OnSystemCall;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGSYS, &action, &hostAction);
+    memoryCalls = 0;
+    lockCalls = 0;
+    numSystemCalls = 0;
+    firstSystemCall = -1;
+    systemCallsSeen = prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, 0, 0, &selector) == 0;
+    counting = true;
+    selector = kBlock;
+}
+
+CallWatch::~CallWatch() {
+    Stop();
+}
+
+CallReport CallWatch::Stop() {
+    selector = kAllow;
+    counting = false;
+    if (watching) {
+        prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_OFF, 0, 0, 0);
+        sigaction(SIGSYS, &hostAction, nullptr);
+    }
+    watching = false;
+    return {memoryCalls, lockCalls, numSystemCalls, firstSystemCall, systemCallsSeen};
+}
+
+}  // namespace norava
+
+#endif

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <signal.h>
+
+namespace norava {
+
+// What a thread did that may take long: memory taken or given back, locks, system calls.
+struct CallReport {
+    int memoryCalls = 0;
+    int lockCalls = 0;
+    int systemCalls = 0;           // 0 or 1: the first one ends the watch for them
+    int firstSystemCall = -1;      // its number
+    bool systemCallsSeen = false;  // false: this kernel cannot tell
+};
+
+// Watches the calling thread while it lives. Memory and lock functions are counted by twins that
+// the whole process, loaded modules too, finds before the C library's; system calls, however they
+// are made, by the kernel, which sends a signal in place of carrying them out.
+class CallWatch {
+  public:
+    CallWatch();
+    ~CallWatch();
+    CallWatch(const CallWatch&) = delete;
+    CallWatch& operator=(const CallWatch&) = delete;
+
+    CallReport Stop();
+
+  private:
+    bool watching = false;
+    bool systemCallsSeen = false;
+    struct sigaction hostAction {};
+};
+
+}  // namespace norava

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/vst/vst_interface.h"
+
+namespace norava {
+
+// The module, loaded while the process lives: what hosts do that scan first and play later.
+class VstModule {
+  public:
+    using Entry = vst::AEffect* (*)(vst::HostCallback);
+    static Entry GetEntry();
+};
+
+// One instance as a host sees it: nothing but the record and the callback.
+class VstInstance {
+  public:
+    static constexpr int kParams = 114;
+    static constexpr int kChunkSize = 588;
+
+    VstInstance();
+    ~VstInstance();
+    VstInstance(const VstInstance&) = delete;
+    VstInstance& operator=(const VstInstance&) = delete;
+
+    vst::iptr Dispatch(int opcode, int index = 0, vst::iptr value = 0, void* ptr = nullptr,
+                       float opt = 0.0f) {
+        return effect->dispatcher(effect, opcode, index, value, ptr, opt);
+    }
+    void Start(float sampleRate);  // rate, block size, resume
+
+    // The text that an opcode writes. Fails the test when it writes beyond `capacity` bytes or does
+    // not terminate.
+    std::string Text(int opcode, int index, std::size_t capacity);
+
+    void Set(int index, float value) { effect->setParameter(effect, index, value); }
+    float Get(int index) { return effect->getParameter(effect, index); }
+
+    std::vector<char> Chunk();
+    vst::iptr LoadChunk(const std::vector<char>& chunk);
+
+    // Queues MIDI messages for the next block. Prepared records only are used: nothing is
+    // allocated.
+    struct Message {
+        int position;
+        std::array<unsigned char, 3> bytes;
+    };
+    void Send(const std::vector<Message>& messages);
+    void Note(int note, int velocity = 100, int position = 0);
+
+    struct Stereo {
+        std::vector<float> left, right;
+    };
+    // Renders `frames` frames in blocks.
+    Stereo Render(int frames, int blockSize = 512);
+    void Process(float* left, float* right, int frames);
+
+    vst::AEffect* effect = nullptr;
+    vst::VstTimeInfo time{};  // what the host answers; flags 0: it knows nothing
+    std::vector<std::pair<int, float>> automated;
+    std::vector<std::pair<int, bool>> edits;  // parameter, begun
+
+  private:
+    static vst::iptr Callback(vst::AEffect* effect, vst::i32 opcode, vst::i32 index,
+                              vst::iptr value, void* ptr, vst::f32 opt);
+
+    std::vector<vst::VstMidiEvent> records;
+    std::vector<unsigned char> eventList;
+};
+
+bool IsFinite(const std::vector<float>& samples);
+bool IsFinite(const VstInstance::Stereo& sound);
+float Peak(const std::vector<float>& samples);
+bool SameBits(const std::vector<float>& a, const std::vector<float>& b);
+
+}  // namespace norava
