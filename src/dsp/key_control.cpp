@@ -197,9 +197,9 @@ void CNoravaKey::updateUnmodulated() {
     data_.exciter.noiseOffset = static_cast<float>(1.0 - g);
     data_.exciter.hiCutClip = settings_.hiCutDrive;
     data_.strings.combFeedback =
-        settings_.combFeedbackInverted ? -settings_.combFeedback : settings_.combFeedback;
+        v128_Set(settings_.combFeedbackInverted ? -settings_.combFeedback : settings_.combFeedback);
     data_.strings.combLevel =
-        settings_.combLevelInverted ? -settings_.combLevel : settings_.combLevel;
+        v128_Set(settings_.combLevelInverted ? -settings_.combLevel : settings_.combLevel);
 
     const double attack = settings_.ampAttackSeconds;
     const double decay = settings_.ampDecaySeconds;

@@ -41,20 +41,19 @@ struct alignas(16) KeyExciter {
 inline constexpr int kExciterRows = sizeof(KeyExciter) / sizeof(v128);
 inline constexpr int kFirstExciterStateRow = 3;  // `ampRate` shares its row with the first states
 
-// A circular store inside the key's one block of memory. String lines are stored as pairs (line a,
-// line b), because the two lines of a string have one length and move together.
-struct KeyLine {
-    std::int32_t start = 0;     // byte offset of the first frame
-    std::int32_t stride = 0;    // bytes a frame: 8 for a pair, 4 for a comb line
-    std::int32_t length = 1;    // frames in use, set when a note starts
-    std::int32_t capacity = 1;  // frames that there are
-    std::int32_t position =
-        0;  // next frame to read and overwrite; `length` when it is about to go back to the start
-    std::int32_t valid =
-        0;  // frames below this one are up to date; from it on the line counts as silence
-};
+// The circular stores of a key, as lanes: the two lines of string 1, those of string 2, comb 1,
+// comb 2. The lines of a string are stored as pairs (line a, line b), because they have one length
+// and move together. All values are byte offsets in the key's one block of memory.
+enum KeyLine { kString1Pair = 0, kString2Pair = 1, kComb1 = 2, kComb2 = 3, kKeyLines = 4 };
 
-enum KeyLineIndex { kString1Pair = 0, kString2Pair = 1, kComb1 = 2, kComb2 = 3, kKeyLines = 4 };
+struct KeyLines {
+    v128i start;   // first frame
+    v128i stride;  // bytes a frame: 8 for a pair, 4 for a comb line
+    v128i length;  // bytes in use, set when a note starts
+    v128i end;     // start + length
+    v128i next;    // the frame to read and overwrite; at `end` it goes back to `start` when due
+    v128i valid;   // below this a line is up to date; from it on it counts as silence
+};
 
 // Packed by line: lane 0 string 1 line a, lane 1 string 1 line b, lane 2 string 2 line a, lane 3
 // string 2 line b.
@@ -69,14 +68,14 @@ struct alignas(16) KeyStrings {
     v128 filter2;  // second loop filter state, what the line is fed back with
     v128 mean;     // running average of the exciter over about a period
 
-    float combLevel;
-    float combFeedback;
+    v128 combLevel;                     // the same value in every lane
+    v128 combFeedback;                  // the same value in every lane
     float previousLeft, previousRight;  // outputs of the string step before the last
     float currentLeft, currentRight;    // outputs of the last string step
     double phase;                       // fraction of a string step, 0..1
     double pitchRatio;                  // string steps a frame, 0..kMaxPitchRatio
 
-    KeyLine lines[kKeyLines];
+    KeyLines lines;
     unsigned char* memory;
     bool allValid;  // no line holds stale frames any more
 };

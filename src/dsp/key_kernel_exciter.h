@@ -76,7 +76,7 @@ NORAVA_INLINE ExciterLanes<typename L::F> loadExciter(KeyKernelData* const* keys
     F fields[4 * kExciterRows];
     for (int i = 0; i < 4 * kExciterRows; ++i) {
         v128 parts[2] = {halves[0][i], halves[L::kHalves - 1][i]};
-        fields[i] = join(parts, F{});
+        join(parts, fields[i]);
     }
     ExciterLanes<F> lanes;
     static_assert(sizeof lanes == sizeof fields);

@@ -68,8 +68,14 @@ struct Kernel {
                 renderHiCut<L, N, true>(lanes, n, signals);
             else
                 renderHiCut<L, N, false>(lanes, n, signals);
-            for (int k = 0; k < sounding; k += kKeysInFlight)
-                renderGroup(firstKey + k, k, smaller(sounding - k, kKeysInFlight), done, n);
+            for (int k = 0; k < sounding; k += kScheduledKeys) {
+                KeyStrings* strings[kScheduledKeys];
+                for (int i = 0; i < kScheduledKeys; ++i)
+                    strings[i] = k + i < sounding ? &job.keys[firstKey + k + i]->strings : &spare;
+                scheduleSteps<L>(strings, n, schedule);
+                for (int i = 0; i < kScheduledKeys && k + i < sounding; i += kKeysInFlight)
+                    renderGroup(firstKey, k, i, smaller(sounding - k - i, kKeysInFlight), done, n);
+            }
         }
         for (int v = 0; v < N; ++v)
             storeExciter<L>(lanes[v], job.keys + firstKey + kLanes * v);
@@ -94,18 +100,17 @@ struct Kernel {
         }
     }
 
-    // The strings of one group of `count` sounding keys for one piece; `lane` is the first one's
-    // lane in the signals.
-    void renderGroup(int firstKey, int lane, int count, int done, int frames) {
-        KeyStrings* strings[kKeysInFlight];
-        for (int k = 0; k < kKeysInFlight; ++k) {
-            strings[k] = k < count ? &job.keys[firstKey + k]->strings : &spare;
-            pieces[k].strings = strings[k];
+    // The strings of one group of `count` sounding keys for one piece. `scheduled` is the first
+    // scheduled key's lane in the signals, `group` the group's first key among the scheduled ones.
+    void renderGroup(int firstKey, int scheduled, int group, int count, int done, int frames) {
+        const int lane = scheduled + group;
+        for (int k = 0; k < count; ++k) {
+            KeyStrings& strings = job.keys[firstKey + lane + k]->strings;
+            pieces[k].strings = &strings;
+            pieces[k].steps =
+                spreadExciter(schedule, group + k, strings.pitchRatio,
+                              &signals.exciter[0][lane + k], frames, pieces[k].exciter);
         }
-        scheduleSteps<L>(strings, frames, schedule);
-        for (int k = 0; k < count; ++k)
-            pieces[k].steps = spreadExciter(schedule, k, &signals.exciter[0][lane + k], frames,
-                                            pieces[k].exciter);
         constexpr int kVectors = kKeysInFlight / L::kHalves;
         if (count == 4)
             renderStrings<L, kVectors>(pieces, job.saturation);
@@ -117,24 +122,33 @@ struct Kernel {
             renderStrings<BaselineLanes, 1>(pieces, job.saturation);
         v64 sums[kPieceFrames];
         for (int k = 0; k < count; ++k)
-            mixStrings(pieces[k], peaks);
+            peaks = mixStrings(pieces[k], peaks);
         const float* amp = &signals.amp[0][lane];
         if (count == 4)
-            sumFrames<4>(pieces, schedule, amp, frames, sums);
+            sumFrames<4>(pieces, schedule, group, amp, frames, sums);
         else if (count == 3)
-            sumFrames<3>(pieces, schedule, amp, frames, sums);
+            sumFrames<3>(pieces, schedule, group, amp, frames, sums);
         else if (count == 2)
-            sumFrames<2>(pieces, schedule, amp, frames, sums);
+            sumFrames<2>(pieces, schedule, group, amp, frames, sums);
         else
-            sumFrames<1>(pieces, schedule, amp, frames, sums);
-        writeGroup(sums, done, frames, firstKey == 0);
+            sumFrames<1>(pieces, schedule, group, amp, frames, sums);
+        writeGroup(sums, done, frames, firstKey + lane == 0);
     }
 
     // The first group stores its sum, so that nobody need clear the buffers; the others add theirs.
     void writeGroup(const v64* sums, int done, int frames, bool first) {
         float* left = job.left + done;
         float* right = job.right + done;
-        for (int i = 0; i < frames; ++i) {
+        int i = 0;
+        for (; i + 4 <= frames; i += 4) {
+            const auto a = loadLanes<v128>(sums + i);
+            const auto b = loadLanes<v128>(sums + i + 2);
+            const v128 l = __builtin_shufflevector(a, b, 0, 2, 4, 6);
+            const v128 r = __builtin_shufflevector(a, b, 1, 3, 5, 7);
+            storeLanes(left + i, first ? l : loadLanes<v128>(left + i) + l);
+            storeLanes(right + i, first ? r : loadLanes<v128>(right + i) + r);
+        }
+        for (; i < frames; ++i) {
             left[i] = first ? sums[i][0] : left[i] + sums[i][0];
             right[i] = first ? sums[i][1] : right[i] + sums[i][1];
         }

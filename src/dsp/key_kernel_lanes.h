@@ -11,9 +11,10 @@ namespace norava {
 namespace {
 
 constexpr int kPieceFrames = 64;
-constexpr int kPieceSteps = 128;  // string steps of one key in a piece
-constexpr int kMaxGroups = 4;     // groups of four keys whose filters run side by side
-constexpr int kKeysInFlight = 4;  // keys whose strings run side by side
+constexpr int kPieceSteps = 128;   // string steps of one key in a piece
+constexpr int kMaxGroups = 4;      // groups of four keys whose filters run side by side
+constexpr int kScheduledKeys = 8;  // keys whose string steps are timed side by side
+constexpr int kKeysInFlight = 4;   // keys whose strings run side by side
 
 struct BaselineLanes {
     using F = v128;
@@ -33,16 +34,30 @@ struct WideLanes {
     static constexpr int kHalves = 2;
 };
 
-NORAVA_INLINE v128 join(const v128* halves, v128) {
-    return halves[0];
+// One or two vectors of four lanes as one of four or eight, and back.
+NORAVA_INLINE void join(const v128* halves, v128& joined) {
+    joined = halves[0];
 }
-NORAVA_INLINE v256 join(const v128* halves, v256) {
-    return __builtin_shufflevector(halves[0], halves[1], 0, 1, 2, 3, 4, 5, 6, 7);
+NORAVA_INLINE void join(const v128* halves, v256& joined) {
+    joined = __builtin_shufflevector(halves[0], halves[1], 0, 1, 2, 3, 4, 5, 6, 7);
+}
+NORAVA_INLINE void join(const v128i* halves, v128i& joined) {
+    joined = halves[0];
+}
+NORAVA_INLINE void join(const v128i* halves, v256i& joined) {
+    joined = __builtin_shufflevector(halves[0], halves[1], 0, 1, 2, 3, 4, 5, 6, 7);
 }
 NORAVA_INLINE void split(v128 v, v128* halves) {
     halves[0] = v;
 }
 NORAVA_INLINE void split(v256 v, v128* halves) {
+    halves[0] = __builtin_shufflevector(v, v, 0, 1, 2, 3);
+    halves[1] = __builtin_shufflevector(v, v, 4, 5, 6, 7);
+}
+NORAVA_INLINE void split(v128i v, v128i* halves) {
+    halves[0] = v;
+}
+NORAVA_INLINE void split(v256i v, v128i* halves) {
     halves[0] = __builtin_shufflevector(v, v, 0, 1, 2, 3);
     halves[1] = __builtin_shufflevector(v, v, 4, 5, 6, 7);
 }

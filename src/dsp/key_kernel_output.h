@@ -10,48 +10,73 @@ namespace {
 
 typedef float v64 __attribute__((vector_size(8)));
 
-// Turns the step outputs (string 1, string 2) into (left, right) and notes the strings' peaks.
-NORAVA_INLINE void mixStrings(StringPiece& piece, v128& peaks) {
+// Two floats in memory as doubles.
+NORAVA_INLINE v128d widen(const float* pair) {
+    return __builtin_convertvector(loadLanes<v64>(pair), v128d);
+}
+
+// Turns the step outputs (string 1, string 2) into (left, right) and returns the strings'
+// peaks, raised.
+[[nodiscard]] NORAVA_INLINE v128 mixStrings(StringPiece& piece, v128 peaks) {
     KeyStrings& s = *piece.strings;
     const v128 g = s.outputGain;
     const v128 string1 = __builtin_shufflevector(g, g, 0, 1, 0, 1);
     const v128 string2 = __builtin_shufflevector(g, g, 2, 3, 2, 3);
     const v128 both =
         __builtin_shufflevector(g, g, 0, 2, 0, 2) + __builtin_shufflevector(g, g, 1, 3, 1, 3);
-    float* out = piece.output;
-    storeLanes(out, v128_Set(s.previousLeft, s.previousRight, s.currentLeft, s.currentRight));
+    v128d* wide = piece.output;
+    wide[0] = v128d{s.previousLeft, s.previousRight};
+    wide[1] = v128d{s.currentLeft, s.currentRight};
     // Two steps at a time; an odd last one is mixed together with a copy of itself.
-    if (piece.steps & 1)
-        storeLanes(out + 2 * (piece.steps + 2), loadLanes<double>(out + 2 * (piece.steps + 1)));
-    for (int step = 0; step < piece.steps; step += 2) {
-        float* at = out + 2 * (step + 2);
-        const v128 o = loadLanes<v128>(at);
+    float* out = piece.strings12;
+    const int steps = piece.steps;
+    if (steps & 1) storeLanes(out + 2 * steps, loadLanes<double>(out + 2 * (steps - 1)));
+    for (int step = 0; step < steps; step += 2) {
+        const v128 o = loadLanes<v128>(out + 2 * step);
         const v128 magnitude = bitsAs<v128>(bitsAs<v128i>(o * both) & 0x7FFFFFFF);
         peaks = select<BaselineLanes>(bitsAs<v128i>(magnitude > peaks), magnitude, peaks);
-        storeLanes(at, __builtin_shufflevector(o, o, 0, 0, 2, 2) * string1 +
-                           __builtin_shufflevector(o, o, 1, 1, 3, 3) * string2);
+        const v128 mixed = __builtin_shufflevector(o, o, 0, 0, 2, 2) * string1 +
+                           __builtin_shufflevector(o, o, 1, 1, 3, 3) * string2;
+        storeLanes(out + 2 * step, mixed);
+        wide[step + 2] = widen(out + 2 * step);
+        wide[step + 3] = widen(out + 2 * step + 2);
     }
-    const auto last = loadLanes<v128>(out + 2 * piece.steps);
-    s.previousLeft = last[0];
-    s.previousRight = last[1];
-    s.currentLeft = last[2];
-    s.currentRight = last[3];
+    const v128d previous = wide[steps];
+    const v128d current = wide[steps + 1];
+    s.previousLeft = static_cast<float>(previous[0]);
+    s.previousRight = static_cast<float>(previous[1]);
+    s.currentLeft = static_cast<float>(current[0]);
+    s.currentRight = static_cast<float>(current[1]);
+    return peaks;
 }
 
-// A group's frames: each key between its last two step outputs by its phase, times its amplitude,
-// in double precision; the keys are summed in order. `amp` points to the first key's lane.
+// One key's frame: between its last two step outputs by its phase, times its amplitude, in double
+// precision. phase and amp stand in both lanes.
+NORAVA_INLINE v128d keyFrame(const StringPiece& piece, std::int64_t stepsDone, v128d phase,
+                             v128d amp) {
+    const v128d* last = piece.output + stepsDone;
+    return (last[0] + (last[1] - last[0]) * phase) * amp;
+}
+
+// A group's frames, the keys summed in order. `group` is its first key among the scheduled
+// ones; `amp` points to that key's lane.
 template <int Keys>
-NORAVA_INLINE void sumFrames(const StringPiece* pieces, const StepSchedule& schedule,
+NORAVA_INLINE void sumFrames(const StringPiece* pieces, const StepSchedule& schedule, int group,
                              const float* amp, int frames, v64* sums) {
     for (int i = 0; i < frames; ++i) {
+        const float* gains = amp + i * 4 * kMaxGroups;
+        const std::int64_t* steps = schedule.stepsDone[i] + group;
         v128d sum{};
-#pragma GCC unroll 4
-        for (int k = 0; k < Keys; ++k) {
-            const float* last = pieces[k].output + 2 * schedule.stepsDone[i][k];
-            const v128d previous = __builtin_convertvector(loadLanes<v64>(last), v128d);
-            const v128d current = __builtin_convertvector(loadLanes<v64>(last + 2), v128d);
-            const auto gain = static_cast<double>(amp[i * 4 * kMaxGroups + k]);
-            sum = sum + (previous + (current - previous) * schedule.phase[i][k]) * gain;
+#pragma GCC unroll 2
+        for (int k = 0; k < Keys; k += 2) {
+            const v128d phase = loadLanes<v128d>(&schedule.phase[i][group + k]);
+            const v128d gain = widen(gains + k);
+            sum = sum + keyFrame(pieces[k], steps[k], __builtin_shufflevector(phase, phase, 0, 0),
+                                 __builtin_shufflevector(gain, gain, 0, 0));
+            if (k + 1 < Keys)
+                sum = sum + keyFrame(pieces[k + 1], steps[k + 1],
+                                     __builtin_shufflevector(phase, phase, 1, 1),
+                                     __builtin_shufflevector(gain, gain, 1, 1));
         }
         sums[i] = __builtin_convertvector(sum, v64);
     }

@@ -15,46 +15,38 @@ namespace {
 struct StringPiece {
     KeyStrings* strings;
     int steps;
-    float exciter[kPieceSteps + 2];  // one value a step
-    // (string 1, string 2) of each step, behind room for the two steps before the piece
-    alignas(16) float output[2 * (kPieceSteps + 2)];
-    OpenLine lines[kKeyLines];
-    LineWindow windows[kKeyLines];
+    float exciter[kPieceSteps + 2];                      // one value a step
+    alignas(16) float strings12[2 * (kPieceSteps + 2)];  // (string 1, string 2) of each step
+    // (left, right) of the two steps before the piece, then of each of its steps
+    v128d output[kPieceSteps + 4];
 };
 
-NORAVA_INLINE void openLines(StringPiece& piece) {
-    KeyStrings& s = *piece.strings;
-    for (int i = 0; i < kKeyLines; ++i)
-        piece.lines[i] = openLine(s.lines[i], s.memory, piece.steps, piece.windows[i]);
-}
+// The places in one key's memory that a step reads and overwrites.
+struct LineHeads {
+    unsigned char* at[kKeyLines];
 
-NORAVA_INLINE void closeLines(StringPiece& piece) {
-    KeyStrings& s = *piece.strings;
-    for (int i = 0; i < kKeyLines; ++i)
-        closeLine(s.lines[i], s.memory, piece.steps, piece.windows[i]);
-}
-
-NORAVA_INLINE v128 loadHeads(const OpenLine* lines, int step) {
-    const auto a = loadLanes<double>(lines[kString1Pair].read + 8 * step);
-    const auto b = loadLanes<double>(lines[kString2Pair].read + 8 * step);
-    return bitsAs<v128>(v128d{a, b});
-}
-
-NORAVA_INLINE void storeHeads(v128 v, const OpenLine* lines, int step) {
-    const v128d pairs = bitsAs<v128d>(v);
-    storeLanes(lines[kString1Pair].write + 8 * step, double{pairs[0]});
-    storeLanes(lines[kString2Pair].write + 8 * step, double{pairs[1]});
-}
-
-NORAVA_INLINE v128 loadCombs(const OpenLine* lines, int step) {
-    return v128{loadLanes<float>(lines[kComb1].read + 4 * step),
-                loadLanes<float>(lines[kComb2].read + 4 * step), 0.0f, 0.0f};
-}
-
-NORAVA_INLINE void storeCombs(v128 v, const OpenLine* lines, int step) {
-    storeLanes(lines[kComb1].write + 4 * step, float{v[0]});
-    storeLanes(lines[kComb2].write + 4 * step, float{v[1]});
-}
+    NORAVA_INLINE void find(unsigned char* memory, const std::int32_t* offsets) {
+        for (int i = 0; i < kKeyLines; ++i)
+            at[i] = memory + offsets[i];
+    }
+    NORAVA_INLINE v128 loadStrings() const {
+        const auto a = loadLanes<double>(at[kString1Pair]);
+        const auto b = loadLanes<double>(at[kString2Pair]);
+        return bitsAs<v128>(v128d{a, b});
+    }
+    NORAVA_INLINE v128 loadCombs() const {
+        return v128{loadLanes<float>(at[kComb1]), loadLanes<float>(at[kComb2]), 0.0f, 0.0f};
+    }
+    NORAVA_INLINE void storeStrings(v128 v) const {
+        const auto pairs = bitsAs<v128d>(v);
+        storeLanes(at[kString1Pair], double{pairs[0]});
+        storeLanes(at[kString2Pair], double{pairs[1]});
+    }
+    NORAVA_INLINE void storeCombs(v128 v) const {
+        storeLanes(at[kComb1], float{v[0]});
+        storeLanes(at[kComb2], float{v[1]});
+    }
+};
 
 // (line 1a, line 2a) and (line 1b, line 2b) of every key in the vector, in its first two lanes.
 NORAVA_INLINE v128 linesA(v128 h) {
@@ -76,48 +68,55 @@ struct StringLanes {
     using F = typename L::F;
     F damping, sharpness, gain, inverseLength, combLevel, combFeedback;
     F filter1, filter2, mean;
+    LineOffsets<L> offsets;
 };
+
+// One field of one or two keys as lanes.
+template <class V, class Half>
+NORAVA_INLINE void loadField(V& lanes, const StringPiece* pieces, Half KeyStrings::*field) {
+    const Half halves[2] = {pieces[0].strings->*field,
+                            pieces[sizeof(V) / sizeof(Half) - 1].strings->*field};
+    join(halves, lanes);
+}
+
+template <class V>
+NORAVA_INLINE void loadField(V& lanes, const StringPiece* pieces, v128i KeyLines::*field) {
+    const v128i halves[2] = {pieces[0].strings->lines.*field,
+                             pieces[sizeof(V) / sizeof(v128i) - 1].strings->lines.*field};
+    join(halves, lanes);
+}
 
 template <class L>
 NORAVA_INLINE void loadStrings(StringLanes<L>& k, const StringPiece* pieces) {
-    using F = typename L::F;
-    v128 part[9][2];
-    for (int h = 0; h < L::kHalves; ++h) {
-        const KeyStrings& s = *pieces[h].strings;
-        const v128 values[9] = {s.damping,
-                                s.sharpness,
-                                s.gain,
-                                s.inverseLength,
-                                v128_Set(s.combLevel),
-                                v128_Set(s.combFeedback),
-                                s.filter1,
-                                s.filter2,
-                                s.mean};
-        for (int i = 0; i < 9; ++i)
-            part[i][h] = values[i];
-    }
-    k.damping = join(part[0], F{});
-    k.sharpness = join(part[1], F{});
-    k.gain = join(part[2], F{});
-    k.inverseLength = join(part[3], F{});
-    k.combLevel = join(part[4], F{});
-    k.combFeedback = join(part[5], F{});
-    k.filter1 = join(part[6], F{});
-    k.filter2 = join(part[7], F{});
-    k.mean = join(part[8], F{});
+    loadField(k.damping, pieces, &KeyStrings::damping);
+    loadField(k.sharpness, pieces, &KeyStrings::sharpness);
+    loadField(k.gain, pieces, &KeyStrings::gain);
+    loadField(k.inverseLength, pieces, &KeyStrings::inverseLength);
+    loadField(k.combLevel, pieces, &KeyStrings::combLevel);
+    loadField(k.combFeedback, pieces, &KeyStrings::combFeedback);
+    loadField(k.filter1, pieces, &KeyStrings::filter1);
+    loadField(k.filter2, pieces, &KeyStrings::filter2);
+    loadField(k.mean, pieces, &KeyStrings::mean);
+    loadField(k.offsets.next, pieces, &KeyLines::next);
+    loadField(k.offsets.end, pieces, &KeyLines::end);
+    loadField(k.offsets.length, pieces, &KeyLines::length);
+    loadField(k.offsets.stride, pieces, &KeyLines::stride);
 }
 
 template <class L>
 NORAVA_INLINE void storeStrings(const StringLanes<L>& k, StringPiece* pieces) {
     v128 filter1[2], filter2[2], mean[2];
+    v128i next[2];
     split(k.filter1, filter1);
     split(k.filter2, filter2);
     split(k.mean, mean);
+    split(k.offsets.next, next);
     for (int h = 0; h < L::kHalves; ++h) {
         KeyStrings& s = *pieces[h].strings;
         s.filter1 = filter1[h];
         s.filter2 = filter2[h];
         s.mean = mean[h];
+        s.lines.next = next[h];
     }
 }
 
@@ -134,21 +133,31 @@ NORAVA_INLINE void runSteps(StringPiece* pieces, int first, int last, float satu
     StringLanes<L> lanes[N];
     for (int v = 0; v < N; ++v)
         loadStrings<L>(lanes[v], pieces + kKeys * v);
+    unsigned char* memory[N * kKeys];
+    for (int k = 0; k < N * kKeys; ++k)
+        memory[k] = pieces[k].strings->memory;
 
     for (int step = first; step < last; ++step) {
 #pragma GCC unroll 4
         for (int v = 0; v < N; ++v) {
             StringLanes<L>& k = lanes[v];
             StringPiece* piece = pieces + kKeys * v;
+            alignas(32) std::int32_t offsets[4 * kKeys];
+            k.offsets.step(offsets);
+            // Through memory: taking lanes out of a register costs more than loading them back.
+            asm("" : "+m"(offsets));
+            LineHeads heads[kKeys];
             v128 e[2], h[2], c[2];
             for (int i = 0; i < kKeys; ++i) {
+                heads[i].find(memory[kKeys * v + i], offsets + 4 * i);
                 e[i] = v128_Set(piece[i].exciter[step]);
-                h[i] = loadHeads(piece[i].lines, step);
-                c[i] = loadCombs(piece[i].lines, step);
+                h[i] = heads[i].loadStrings();
+                c[i] = heads[i].loadCombs();
             }
-            const F exciter = join(e, F{});
-            const F head = join(h, F{});
-            const F comb = join(c, F{});
+            F exciter, head, comb;
+            join(e, exciter);
+            join(h, head);
+            join(c, comb);
 
             k.mean = k.mean + (exciter - k.mean) * k.inverseLength;
             const F driven = exciter - k.mean;
@@ -161,9 +170,9 @@ NORAVA_INLINE void runSteps(StringPiece* pieces, int first, int last, float satu
             split(linesA(head) + comb * k.combLevel, o);
             split(comb * k.combFeedback + linesB(head), c);
             for (int i = 0; i < kKeys; ++i) {
-                storeHeads(h[i], piece[i].lines, step);
-                storeCombs(c[i], piece[i].lines, step);
-                storeLanes(&piece[i].output[2 * (step + 2)], double{bitsAs<v128d>(o[i])[0]});
+                heads[i].storeStrings(h[i]);
+                heads[i].storeCombs(c[i]);
+                storeLanes(&piece[i].strings12[2 * step], double{bitsAs<v128d>(o[i])[0]});
             }
         }
     }
@@ -188,14 +197,12 @@ NORAVA_INLINE void renderStrings(StringPiece* pieces, float saturation) {
     constexpr int kKeys = N * L::kHalves;
     int common = pieces[0].steps;
     for (int k = 0; k < kKeys; ++k) {
-        openLines(pieces[k]);
+        if (!pieces[k].strings->allValid) prepareLines(*pieces[k].strings, pieces[k].steps);
         common = smaller(common, pieces[k].steps);
     }
     runSteps<L, N>(pieces, 0, common, saturation);
-    for (int k = 0; k < kKeys; ++k) {
+    for (int k = 0; k < kKeys; ++k)
         runSteps<BaselineLanes, 1>(pieces + k, common, pieces[k].steps, saturation);
-        closeLines(pieces[k]);
-    }
 }
 
 }  // namespace

@@ -62,15 +62,13 @@ CNoravaKey::CNoravaKey(int key, SoundSettings& settings)
     // The longest lines: three octaves down, and the second string four times as long as the first.
     const int period = std::min(periodFrames(keyFrequencyHz_ / 8.0), kMaxLineFrames);
     const int longest = std::min(4 * period, kMaxLineFrames);
-    KeyLine* lines = data_.strings.lines;
-    lines[kString1Pair] = {.stride = 8, .capacity = period};
-    lines[kString2Pair] = {.stride = 8, .capacity = longest};
-    lines[kComb1] = {.stride = 4, .capacity = period};
-    lines[kComb2] = {.stride = 4, .capacity = longest};
+    capacityFrames_ = {period, longest, period, longest};
+    KeyLines& lines = data_.strings.lines;
+    lines.stride = v128i{8, 8, 4, 4};
     std::size_t bytes = 0;
     for (int i = 0; i < kKeyLines; ++i) {
-        lines[i].start = static_cast<std::int32_t>(bytes);
-        bytes += alignedBytes(lines[i].capacity, lines[i].stride);
+        lines.start[i] = static_cast<std::int32_t>(bytes);
+        bytes += alignedBytes(capacityFrames_[static_cast<std::size_t>(i)], lines.stride[i]);
     }
     memory_ = std::make_unique<unsigned char[]>(bytes);
     data_.strings.memory = memory_.get();
@@ -96,9 +94,8 @@ void CNoravaKey::reset() {
     data_.exciter = KeyExciter{};
     KeyStrings& strings = data_.strings;
     KeyStrings cleared{};
-    std::copy(std::begin(strings.lines), std::end(strings.lines), std::begin(cleared.lines));
-    for (KeyLine& line : cleared.lines)
-        line.position = line.valid = 0;
+    cleared.lines = strings.lines;
+    cleared.lines.next = cleared.lines.valid = cleared.lines.start;
     cleared.memory = strings.memory;
     strings = cleared;
 
@@ -135,14 +132,14 @@ void CNoravaKey::setStringLengths() {
     KeyStrings& strings = data_.strings;
     const double stringHz = keyFrequencyHz_ * octaveFactor(settings_.octaveSelector);
     const StringLengths wanted = stringLengths(periodFrames(stringHz), settings_.stringRatio);
-    const int frames1 = std::min(wanted.string1, strings.lines[kString1Pair].capacity);
-    const int frames2 = std::min(wanted.string2, strings.lines[kString2Pair].capacity);
+    const int frames1 = std::min(wanted.string1, capacityFrames_[kString1Pair]);
+    const int frames2 = std::min(wanted.string2, capacityFrames_[kString2Pair]);
     const auto combFrames = [&](int frames) {
         return std::max(1, static_cast<int>(static_cast<double>(frames) * settings_.combRatio));
     };
-    const int lengths[kKeyLines] = {frames1, frames2, combFrames(frames1), combFrames(frames2)};
-    for (int i = 0; i < kKeyLines; ++i)
-        strings.lines[i].length = lengths[i];
+    KeyLines& lines = strings.lines;
+    lines.length = v128i{frames1, frames2, combFrames(frames1), combFrames(frames2)} * lines.stride;
+    lines.end = lines.start + lines.length;
     strings.allValid = false;
 
     baseRatio_ = stringHz / (kInternalRate / static_cast<double>(frames1));

@@ -80,6 +80,7 @@ class CNoravaKey {
     SoundSettings& settings_;
     KeyKernelData data_;
     std::unique_ptr<unsigned char[]> memory_;
+    std::array<int, kKeyLines> capacityFrames_{};
 
     const int key_;
     const float keyFrequencyHz_;

@@ -65,16 +65,19 @@ NORAVA_INLINE void v128_Set4(v128& v, float x) {
     v[3] = x;
 }
 
-// Unaligned load and store of any vector type.
+// Unaligned load and store of any vector or number. The compilers see through a pointer of this
+// kind better than through a copy of bytes, which they like to route through integer registers.
+template <class V>
+struct __attribute__((packed, may_alias)) Anywhere {
+    V value;
+};
 template <class V>
 NORAVA_INLINE V loadLanes(const void* from) {
-    V v;
-    std::memcpy(&v, from, sizeof v);
-    return v;
+    return static_cast<const Anywhere<V>*>(from)->value;
 }
 template <class V>
 NORAVA_INLINE void storeLanes(void* to, V v) {
-    std::memcpy(to, &v, sizeof v);
+    static_cast<Anywhere<V>*>(to)->value = v;
 }
 
 // The bits of one vector type read as another of the same size.
