@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "gui/graphic_buffer.h"
+
+namespace norava::test {
+
+// All stored pixels of a buffer as a PNG file, without alpha.
+bool WritePng(const CGraphicBuffer& buffer, const std::string& path);
+
+// Fails the test unless the buffer equals the picture of that name in tests/gui/reference/, pixel
+// by pixel. What was drawn is left in the build folder: look at it, and copy it over the reference
+// when it is better.
+void ExpectLooksLike(const CGraphicBuffer& buffer, const std::string& name);
+
+// Fails unless both hold the same words.
+void ExpectSamePixels(const CGraphicBuffer& a, const CGraphicBuffer& b);
+
+}  // namespace norava::test
