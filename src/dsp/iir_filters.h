@@ -72,6 +72,8 @@ class CFilterIIR_HP {
     const IirCoefficients& coefficients() const { return coefficients_; }
 
   private:
+    friend class StereoHighPass;
+
     IirSettings settings_;
     IirCoefficients coefficients_;
     IirMemory memory_;
