@@ -1,8 +1,10 @@
 #include "dsp/resonator.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "dsp/numbers.h"
+#include "dsp/string_group.h"
 
 namespace norava {
 
@@ -13,8 +15,14 @@ constexpr double kSecondLineRatio = 1.05;
 constexpr float kDamping = 0.5f;
 constexpr double kHighestFeedback = 0.9999;
 constexpr float kRumbleHz = 32.0f;
-constexpr float kNearGain = 1.25f;
-constexpr float kFarGain = 0.75f;
+
+// The bands that users count as 1, 3, 5 and 7 lean to the right, the others to the left.
+float leftGain(int band) {
+    return band % 2 == 0 ? 0.75f : 1.25f;
+}
+float rightGain(int band) {
+    return band % 2 == 0 ? 1.25f : 0.75f;
+}
 
 long lineLength(double sampleRate) {
     return static_cast<long>(sampleRate / kLinesPerSecond);
@@ -22,6 +30,31 @@ long lineLength(double sampleRate) {
 
 bool isBand(long band) {
     return band >= 0 && band < CResonator::kBands;
+}
+
+// Adds one band a lane to the mix, lane by lane, so that the sum is rounded in the order of the
+// bands.
+void addBands(const int* bands, int lanes, v128* outputs, float* outLeft, float* outRight,
+              int frames) {
+    int i = 0;
+    for (; i + 4 <= frames; i += 4) {
+        v128 rows[4] = {outputs[i], outputs[i + 1], outputs[i + 2], outputs[i + 3]};
+        transpose(rows[0], rows[1], rows[2], rows[3]);
+        v128 l = loadLanes<v128>(outLeft + i);
+        v128 r = loadLanes<v128>(outRight + i);
+        for (int lane = 0; lane < lanes; ++lane) {
+            l += v128_Set(leftGain(bands[lane])) * rows[lane];
+            r += v128_Set(rightGain(bands[lane])) * rows[lane];
+        }
+        storeLanes(outLeft + i, l);
+        storeLanes(outRight + i, r);
+    }
+    for (; i < frames; ++i) {
+        for (int lane = 0; lane < lanes; ++lane) {
+            outLeft[i] += leftGain(bands[lane]) * outputs[i][lane];
+            outRight[i] += rightGain(bands[lane]) * outputs[i][lane];
+        }
+    }
 }
 
 }  // namespace
@@ -35,12 +68,12 @@ CResonator::CResonator() {
 
 void CResonator::setSampleRate(double sampleRate, double reserveRate) {
     for (Band& band : bands_) {
+        band.changed = true;
         band.first.setLength(lineLength(sampleRate), lineLength(reserveRate));
         band.second.setLength(lineLength(sampleRate), lineLength(reserveRate));
     }
     hasLines_ = true;
-    leftHighPass_.Set(kRumbleHz, 1.0f, static_cast<float>(sampleRate));
-    rightHighPass_.Set(kRumbleHz, 1.0f, static_cast<float>(sampleRate));
+    highPass_.Set(kRumbleHz, 1.0f, static_cast<float>(sampleRate));
 }
 
 void CResonator::reset() {
@@ -48,8 +81,7 @@ void CResonator::reset() {
         band.first.reset();
         band.second.reset();
     }
-    leftHighPass_.Reset();
-    rightHighPass_.Reset();
+    highPass_.Reset();
 }
 
 void CResonator::setBandFreq(long band, float value) {
@@ -57,14 +89,17 @@ void CResonator::setBandFreq(long band, float value) {
     const auto v = static_cast<double>(clampOr(value, 0.0f, 1.0f, 0.0f));
     // The exponent is a single-precision 0.1.
     const double power = std::pow(v, static_cast<double>(0.1f));
-    bands_[static_cast<std::size_t>(band)].delay = static_cast<float>(1.0 - power);
+    Band& b = bands_[static_cast<std::size_t>(band)];
+    b.delay = static_cast<float>(1.0 - power);
+    b.changed = true;
 }
 
 void CResonator::setBandFdbk(long band, float value) {
     if (!isBand(band)) return;
     const auto v = static_cast<double>(clampOr(value, 0.0f, 1.0f, 0.0f));
-    bands_[static_cast<std::size_t>(band)].feedback =
-        static_cast<float>(std::sqrt(v) * kHighestFeedback);
+    Band& b = bands_[static_cast<std::size_t>(band)];
+    b.feedback = static_cast<float>(std::sqrt(v) * kHighestFeedback);
+    b.changed = true;
 }
 
 void CResonator::setBandOn(long band, float value) {
@@ -77,29 +112,70 @@ void CResonator::setBandOn(long band, float value) {
     }
 }
 
+void CResonator::applySettings(Band& band) {
+    const auto delay = static_cast<double>(band.delay);
+    band.first.setDelay(delay);
+    band.second.setDelay(delay * kSecondLineRatio);
+    for (CStringDelay* line : {&band.first, &band.second}) {
+        line->setFdbk(static_cast<double>(band.feedback));
+        line->damping = kDamping;
+    }
+    band.changed = false;
+}
+
+// Lists the bands that are on, in order, their lines set up; returns how many there are.
+int CResonator::soundingBands(std::array<int, kBands>& bands) {
+    int count = 0;
+    for (int k = 0; k < kBands; ++k) {
+        Band& band = bands_[static_cast<std::size_t>(k)];
+        if (!band.on) continue;
+        if (band.changed) applySettings(band);
+        bands[static_cast<std::size_t>(count++)] = k;
+    }
+    return count;
+}
+
 void CResonator::process(float* left, float* right, long frames) {
     if (!hasLines_) return;
-    for (long i = 0; i < frames; ++i) {
-        const float in = left[i] + right[i];
-        float outLeft = 0.0f;
-        float outRight = 0.0f;
-        for (int k = 0; k < kBands; ++k) {
-            Band& band = bands_[static_cast<std::size_t>(k)];
-            if (!band.on) continue;
-            const auto delay = static_cast<double>(band.delay);
-            band.first.setDelay(delay);
-            band.second.setDelay(delay * kSecondLineRatio);
-            for (CStringDelay* line : {&band.first, &band.second}) {
-                line->setFdbk(static_cast<double>(band.feedback));
-                line->damping = kDamping;
-            }
-            const float y = band.second.GetFrame(-band.first.GetFrame(in));
-            const bool leansRight = k % 2 == 0;
-            outLeft += (leansRight ? kFarGain : kNearGain) * y;
-            outRight += (leansRight ? kNearGain : kFarGain) * y;
+    std::array<int, kBands> sounding;
+    const int count = soundingBands(sounding);
+    if (count == 0 && highPass_.atRest()) return;
+    for (long done = 0; done < frames; done += kPieceFrames) {
+        const long piece = std::min<long>(frames - done, kPieceFrames);
+        processPiece(sounding, count, left + done, right + done, static_cast<int>(piece));
+    }
+}
+
+void CResonator::processPiece(const std::array<int, kBands>& sounding, int count, float* left,
+                              float* right, int frames) {
+    v128 input[kPieceFrames];
+    v128 output[kPieceFrames];
+    float outLeft[kPieceFrames] = {};
+    float outRight[kPieceFrames] = {};
+    for (int i = 0; i < frames; ++i)
+        input[i] = v128_Set(flushTiny(left[i] + right[i]));
+    // Four bands side by side: the outputs of their first lines, inverted, go into their second
+    // lines.
+    for (int from = 0; from < count; from += StringGroup::kLanes) {
+        const int lanes = std::min(count - from, StringGroup::kLanes);
+        CStringDelay* firsts[StringGroup::kLanes];
+        CStringDelay* seconds[StringGroup::kLanes];
+        const int* bands = &sounding[static_cast<std::size_t>(from)];
+        for (int lane = 0; lane < lanes; ++lane) {
+            Band& band = bands_[static_cast<std::size_t>(bands[lane])];
+            firsts[lane] = &band.first;
+            seconds[lane] = &band.second;
         }
-        left[i] += leftHighPass_.GetFrame(outLeft);
-        right[i] += rightHighPass_.GetFrame(outRight);
+        StringGroup::process(firsts, lanes, input, output, frames);
+        for (int i = 0; i < frames; ++i)
+            output[i] = v128_Set(0.0f) - output[i];
+        StringGroup::process(seconds, lanes, output, output, frames);
+        addBands(bands, lanes, output, outLeft, outRight, frames);
+    }
+    highPass_.process(outLeft, outRight, frames);
+    for (int i = 0; i < frames; ++i) {
+        left[i] += outLeft[i];
+        right[i] += outRight[i];
     }
 }
 

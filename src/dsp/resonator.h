@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "dsp/iir_filters.h"
+#include "dsp/stereo_high_pass.h"
 #include "dsp/string_delay.h"
 
 namespace norava {
@@ -35,18 +35,25 @@ class CResonator {
     void process(float* left, float* right, long frames);
 
   private:
+    static constexpr int kPieceFrames = 64;
+
     struct Band {
         float delay = 0.0f;     // fraction of the line's length
         float feedback = 0.0f;  // loop gain
         bool on = false;
+        bool changed = true;  // the lines have not taken over delay and feedback yet
         CStringDelay first;
         CStringDelay second;
     };
 
+    static void applySettings(Band& band);
+    int soundingBands(std::array<int, kBands>& bands);
+    void processPiece(const std::array<int, kBands>& sounding, int count, float* left, float* right,
+                      int frames);
+
     bool hasLines_ = false;
     std::array<Band, kBands> bands_;
-    CFilterIIR_HP leftHighPass_;
-    CFilterIIR_HP rightHighPass_;
+    StereoHighPass highPass_;
 };
 
 }  // namespace norava

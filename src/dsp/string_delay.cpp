@@ -43,7 +43,10 @@ void CStringDelay::setDelay(double fraction) {
     const auto length = static_cast<double>(length_);
     const double m = 2.0 / length;
     const double rate = 1.0 / (((1.0 - m) * d + m) * length);
-    rate_ = std::max(std::min(rate, kHighestRate), minimumRate_);
+    const double limited = std::max(std::min(rate, kHighestRate), minimumRate_);
+    if (limited != rate_)
+        write_->rate = 0.0;  // the pass goes on at another rate than it began with
+    rate_ = limited;
 }
 
 void CStringDelay::setFdbk(double gain) {
@@ -73,6 +76,7 @@ float CStringDelay::GetFrame(float input) {
         phase_ -= 1.0;
         std::swap(write_, read_);
         write_->count = 0;
+        write_->rate = rate_;
     }
     write_->append(phase_, written);
     return delayed;

@@ -41,6 +41,8 @@ class CStringDelay {
     float damping = 1.0f;  // coefficient of the low-pass, 0..1 (1: none)
 
   private:
+    friend class StringLanes;
+
     float state_ = 0.0f;
     float feedback_ = 0.0f;
     std::array<CTapeDelayBuffer, 2> stores_;

@@ -63,10 +63,17 @@ class CTapeDelayBuffer {
 
     int count = 0;      // entries written in this pass
     int readIndex = 0;  // the reader's place in this store
+    double rate =
+        0.0;  // distance of neighbouring stamps of this pass, 0 if they differ or nobody kept count
 
-  private:
+    // The slot of an entry, for readers and writers that walk through a pass themselves. A load or
+    // store of 16 bytes stays within the store; what it holds beyond the slot's 12 belongs to the
+    // next entry, which a writer fills next anyway.
+    std::byte* entryAddress(int index) const { return slotAddress(index + kFirstSlot); }
+
     static constexpr std::size_t kSlotBytes = sizeof(double) + sizeof(float);
 
+  private:
     std::byte* slotAddress(int index) const {
         return slots_.get() + static_cast<std::size_t>(index) * kSlotBytes;
     }
