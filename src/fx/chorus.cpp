@@ -1,9 +1,14 @@
 #include "fx/chorus.h"
 
+#include <algorithm>
+
+#include "fx/tape_pair.h"
+
 namespace norava {
 
 namespace {
 
+constexpr long kPieceFrames = 64;
 constexpr double kBaseSeconds = 0.02;
 
 // The lines differ in length, start and speed, so that the three copies never line up.
@@ -74,13 +79,22 @@ void CChorus::reset() {
 
 void CChorus::process(float* left, float* right, long frames) {
     if (!enabled_ || !hasLines_) return;
-    for (long i = 0; i < frames; ++i) {
-        const float mono = left[i] + right[i];
-        const float a = lines_[0].GetFrame(mono);
-        const float c = lines_[2].GetFrame(mono);
-        const float b = lines_[1].GetFrame(mono);
-        left[i] = left[i] + a + b;
-        right[i] = right[i] + c + b;
+    for (long done = 0; done < frames; done += kPieceFrames) {
+        const int n = static_cast<int>(std::min(frames - done, kPieceFrames));
+        processPiece(left + done, right + done, n);
+    }
+}
+
+void CChorus::processPiece(float* left, float* right, int frames) {
+    v128 outer[kPieceFrames];  // left and centre line
+    v128 other[kPieceFrames];  // right line
+    for (int i = 0; i < frames; ++i)
+        outer[i] = other[i] = v128_Set(left[i] + right[i]);
+    TapePair::process(lines_[0], lines_[1], outer, frames);
+    TapePair::process(lines_[2], lines_[2], other, frames);
+    for (int i = 0; i < frames; ++i) {
+        left[i] = left[i] + outer[i][0] + outer[i][1];
+        right[i] = right[i] + other[i][0] + outer[i][1];
     }
 }
 

@@ -28,6 +28,8 @@ class CChorus {
     void process(float* left, float* right, long frames);
 
   private:
+    void processPiece(float* left, float* right, int frames);
+
     static constexpr int kLines = 3;  // left, both sides, right
 
     float delaySetting_ = 0.0f;

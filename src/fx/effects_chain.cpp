@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "dsp/numbers.h"
+#include "fx/tape_pair.h"
 
 namespace norava {
 
@@ -13,9 +14,10 @@ namespace {
 // to 48 kHz does not make us take it twice.
 constexpr double kReserveRate = 48000.0;
 
+constexpr long kPieceFrames = 64;
 constexpr double kDelaySeconds = 2.0;
 constexpr float kRumbleHz = 32.0f;
-constexpr int kLinesPerChannel = 3;
+constexpr std::size_t kLinesPerChannel = 3;
 
 struct DelayLineShape {
     double lengthRatio;
@@ -61,8 +63,7 @@ void CNoravaFX::setSampleRate(double sampleRate) {
         delayLines_[i].setLength(delayLineLength(shape, sampleRate_), shape.initialPosition,
                                  delayLineLength(shape, kReserveRate));
     }
-    leftHighPass_.Set(kRumbleHz, 1.0f, static_cast<float>(sampleRate_));
-    rightHighPass_.Set(kRumbleHz, 1.0f, static_cast<float>(sampleRate_));
+    highPass_.Set(kRumbleHz, 1.0f, static_cast<float>(sampleRate_));
     reset();
 }
 
@@ -72,8 +73,7 @@ void CNoravaFX::resetDelayLines() {
 }
 
 void CNoravaFX::reset() {
-    leftHighPass_.Reset();
-    rightHighPass_.Reset();
+    highPass_.Reset();
     chorus_.reset();
     reverb_.suspend();
     resonator_.reset();
@@ -86,10 +86,7 @@ void CNoravaFX::setTempo(double bpm) {
 
 void CNoravaFX::process(float* inL, float* inR, float* outL, float* outR, long frames) {
     if (sampleRate_ > 0.0) {
-        for (long i = 0; i < frames; ++i) {
-            inL[i] = leftHighPass_.GetFrame(inL[i]);
-            inR[i] = rightHighPass_.GetFrame(inR[i]);
-        }
+        highPass_.process(inL, inR, frames);
         if (reverbResetRequested_) reverb_.suspend();
         if (delayResetRequested_) resetDelayLines();
         reverbResetRequested_ = false;
@@ -138,12 +135,26 @@ void CNoravaFX::applyDelaySettings() {
     }
 }
 
+// Each channel runs through its three lines in series, each adding to what goes on; left and right
+// side by side.
 void CNoravaFX::processDelay(float* left, float* right, long frames) {
-    for (std::size_t k = 0; k < delayLines_.size(); ++k) {
-        CTapeDelay& line = delayLines_[k];
-        float* samples = k < kLinesPerChannel ? left : right;
-        for (long i = 0; i < frames; ++i)
-            samples[i] += line.GetFrame(samples[i]);
+    v128 mix[kPieceFrames];
+    v128 echo[kPieceFrames];
+    for (long done = 0; done < frames; done += kPieceFrames) {
+        const int n = static_cast<int>(std::min(frames - done, kPieceFrames));
+        for (int i = 0; i < n; ++i)
+            mix[i] = v128{left[done + i], right[done + i]};
+        for (std::size_t line = 0; line < kLinesPerChannel; ++line) {
+            for (int i = 0; i < n; ++i)
+                echo[i] = mix[i];
+            TapePair::process(delayLines_[line], delayLines_[line + kLinesPerChannel], echo, n);
+            for (int i = 0; i < n; ++i)
+                mix[i] = mix[i] + echo[i];
+        }
+        for (int i = 0; i < n; ++i) {
+            left[done + i] = mix[i][0];
+            right[done + i] = mix[i][1];
+        }
     }
 }
 

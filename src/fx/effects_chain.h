@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "dsp/iir_filters.h"
 #include "dsp/resonator.h"
+#include "dsp/stereo_high_pass.h"
 #include "fx/chorus.h"
 #include "fx/reverb.h"
 #include "fx/tape_delay.h"
@@ -78,8 +78,7 @@ class CNoravaFX {
     bool delayOn_ = false;
     bool delayResetRequested_ = false;
     bool reverbResetRequested_ = false;
-    CFilterIIR_HP leftHighPass_;
-    CFilterIIR_HP rightHighPass_;
+    StereoHighPass highPass_;
 };
 
 }  // namespace norava

@@ -4,16 +4,15 @@
 #include <cmath>
 
 #include "dsp/numbers.h"
+#include "fx/tape_glide.h"
 
 namespace norava {
 
 namespace {
 
 constexpr int kShortestLength = 4;
+constexpr double kLastPosition = 0.999;
 constexpr double kLongestFraction = 0.99;
-constexpr double kHighestStep = 0.2;  // passes per frame
-constexpr double kRateGlide = 0.005;  // share of the way to the target, per frame
-constexpr float kWetGlide = 0.01f;
 constexpr double kDefaultRate = 44100.0;
 constexpr float kLowestCutoffHz = 10.0f;
 
@@ -39,7 +38,7 @@ void CTapeDelay::setLength(int length, double initialPosition, int reserveLength
     write_ = &stores_[0];
     read_ = &stores_[1];
     minimumRate_ = 1.0 / static_cast<double>(length_);
-    initialPosition_ = clampOr(initialPosition, 0.0, 1.0, 0.0);
+    initialPosition_ = clampOr(initialPosition, 0.0, kLastPosition, 0.0);
     setDelay(0.5);
     setWet(1.0);
     setFdbk(0.0);
@@ -130,14 +129,19 @@ float CTapeDelay::play() {
 }
 
 void CTapeDelay::record(float value, double wow) {
-    position_ += std::max(std::min(currentRate_ * wow, kHighestStep), minimumRate_);
+    position_ += std::max(std::min(currentRate_ * wow, kHighestTapeStep), minimumRate_);
     if (position_ >= 1.0) {
-        write_->endPass(*read_, position_, value);
-        position_ -= 1.0;
-        std::swap(write_, read_);
-        write_->count = 0;
+        endPass(value);
     }
     write_->append(position_, value);
+}
+
+// What was written becomes what is read.
+void CTapeDelay::endPass(float value) {
+    write_->endPass(*read_, position_, value);
+    position_ -= 1.0;
+    std::swap(write_, read_);
+    write_->count = 0;
 }
 
 float CTapeDelay::GetFrame(float input) {
@@ -147,8 +151,8 @@ float CTapeDelay::GetFrame(float input) {
     if (highPassOn_) played = highPass_.GetFrame(played);
     const float output = played * currentWet_;
     record(flushTiny(input) + feedback_ * played, wow);
-    currentWet_ = flushTiny(currentWet_ + (targetWet_ - currentWet_) * kWetGlide);
-    currentRate_ += (targetRate_ - currentRate_) * kRateGlide;
+    currentWet_ = glideWet(currentWet_, targetWet_);
+    currentRate_ = glideRate(currentRate_, targetRate_);
     return output;
 }
 

@@ -42,6 +42,8 @@ class CTapeDelay {
     void setLowEnable(bool on);
     void setHiEnable(bool on);
 
+    bool hasFilterOn() const { return lowPassOn_ || highPassOn_; }
+
     // An empty tape, wet from 0. Takes the same short time for any length.
     void reset();
 
@@ -49,9 +51,12 @@ class CTapeDelay {
     float GetFrame(float input);
 
   private:
+    friend class TapeLanes;
+
     double advanceWow();
     float play();
     void record(float value, double wow);
+    void endPass(float value);
 
     std::array<CTapeDelayBuffer, 2> stores_;
     CTapeDelayBuffer* write_ = &stores_[0];
