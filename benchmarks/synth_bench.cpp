@@ -1,0 +1,183 @@
+// The whole instrument: frames in core cycles, the worst blocks against the median one, memory and
+// start-up.
+
+#include <benchmark/benchmark.h>
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "benchmarks/cycles.h"
+#include "synth/player.h"
+
+namespace norava::bench {
+namespace {
+
+using test::Player;
+
+constexpr double kSampleRate = 48000.0;
+constexpr int kBlockFrames = 64;
+constexpr double kQuotedHertz = 4.0e9;  // of the processor that "times real time" is said for
+
+// An instrument with its own buffers to render into.
+class Bench {
+  public:
+    explicit Bench(double rate = kSampleRate) : player(rate) {}
+
+    void UseEveryEffect() {
+        for (int band = 0; band < kResonatorBands; ++band) {
+            const float share = static_cast<float>(band) / kResonatorBands;
+            player.Set({{param::kResonatorFrequency + band, 0.2f + 0.7f * share}});
+            player.Set({{param::kResonatorFeedback + band, 0.9f}});
+            player.Set({{param::kResonatorOn + band, 1.0f}});
+        }
+        player.Set({{param::kChorusOn, 1.0f}, {param::kReverbOn, 1.0f}, {param::kDelayOn, 1.0f}});
+    }
+    void AllNotes(bool on) {
+        for (int note = kFirstKeyNote; note < kFirstKeyNote + kNumKeys; ++note) {
+            on ? player.NoteOn(note) : player.NoteOff(note);
+        }
+    }
+    void Block(int frames) {
+        const std::array<float*, 2> channels{left_.data(), right_.data()};
+        HostBlock host;
+        host.outputs = channels;
+        host.frames = frames;
+        RunBlock(player.synth, host, {.tempo = 120.0, .beatPos = {}, .transportChangedTo = {}});
+    }
+    void Seconds(double seconds, int block = 512) {
+        const int blocks = static_cast<int>(seconds * player.synth.GetSampleRate()) / block;
+        for (int i = 0; i < blocks; ++i)
+            Block(block);
+    }
+
+    Player player;
+
+  private:
+    std::array<float, 8192> left_{};
+    std::array<float, 8192> right_{};
+};
+
+// Least cycles a frame over all rounds of the state.
+double CyclesPerFrame(benchmark::State& state, const std::vector<std::unique_ptr<Bench>>& benches,
+                      int blockFrames) {
+    const int blocks = std::max(1024 / blockFrames, 1);
+    double least = std::numeric_limits<double>::infinity();
+    for (auto _ : state) {
+        least = std::min(least, coreCyclesOnce([&] {
+                             for (int i = 0; i < blocks; ++i) {
+                                 for (const auto& bench : benches)
+                                     bench->Block(blockFrames);
+                             }
+                         }));
+    }
+    return least / (blocks * blockFrames);
+}
+
+// `notes` sounding keys from the middle outwards, or none; every effect or none.
+void instrument(benchmark::State& state, int notes, bool effects, double rate, int blockFrames) {
+    std::vector<std::unique_ptr<Bench>> benches;
+    Bench& bench = *benches.emplace_back(std::make_unique<Bench>(rate));
+    if (effects) bench.UseEveryEffect();
+    for (int i = 0; i < notes; ++i)
+        bench.player.NoteOn(kFirstKeyNote + (42 + i) % kNumKeys);
+    bench.Seconds(0.5);
+    const double cycles = CyclesPerFrame(state, benches, blockFrames);
+    state.counters["cycles/frame"] = cycles;
+    state.counters["x real time"] = kQuotedHertz / (cycles * rate);
+}
+
+BENCHMARK_CAPTURE(instrument, idle, 0, false, 48000.0, kBlockFrames);
+BENCHMARK_CAPTURE(instrument, idleAt44k1, 0, false, 44100.0, kBlockFrames);
+BENCHMARK_CAPTURE(instrument, idleFramesOf1, 0, false, 48000.0, 1);
+BENCHMARK_CAPTURE(instrument, oneNote, 1, false, 48000.0, kBlockFrames);
+BENCHMARK_CAPTURE(instrument, keys84, 84, false, 48000.0, kBlockFrames);
+BENCHMARK_CAPTURE(instrument, keys84Effects, 84, true, 48000.0, kBlockFrames);
+BENCHMARK_CAPTURE(instrument, keys84EffectsAt44k1, 84, true, 44100.0, kBlockFrames);
+BENCHMARK_CAPTURE(instrument, keys84EffectsAt96k, 84, true, 96000.0, kBlockFrames);
+BENCHMARK_CAPTURE(instrument, keys84EffectsFramesOf1, 84, true, 48000.0, 1);
+BENCHMARK_CAPTURE(instrument, keys84EffectsFramesOf512, 84, true, 48000.0, 512);
+
+// One block in which something happens to all keys, against the median block around it.
+void worstBlock(benchmark::State& state, bool ending) {
+    constexpr std::size_t kBlocks = 100;
+    constexpr int kReleaseBlocks = 4800 / kBlockFrames;  // of the shortest release
+    std::array<double, kBlocks> least;
+    least.fill(std::numeric_limits<double>::infinity());
+    Bench bench;
+    for (auto _ : state) {
+        bench.player.synth.Reset(0.0);
+        bench.AllNotes(true);
+        bench.Seconds(0.05, kBlockFrames);
+        bench.AllNotes(!ending);
+        for (double& cycles : least) {
+            cycles = std::min(cycles, coreCyclesOnce([&] { bench.Block(kBlockFrames); }));
+        }
+    }
+    // Notes that end do so in one of the blocks after the release; every one before it is like the
+    // others.
+    const auto sounding = ending ? least.begin() + kReleaseBlocks : least.end();
+    const double worst = ending ? *std::max_element(sounding, least.end()) : least.front();
+    std::vector<double> sorted(least.begin(), sounding);
+    std::ranges::sort(sorted);
+    state.counters["worst/median"] = worst / sorted[sorted.size() / 2];
+}
+
+BENCHMARK_CAPTURE(worstBlock, noteOns84, false)->Iterations(30);
+BENCHMARK_CAPTURE(worstBlock, noteEnds84, true)->Iterations(30);
+
+// A whole state, or a reset in the callback, in one block of a chord with every effect.
+void loadState(benchmark::State& state) {
+    Bench bench;
+    bench.UseEveryEffect();
+    bench.player.NoteOn(60);
+    bench.Seconds(0.5);
+    std::vector<char> block(kStateSize);
+    bench.player.synth.SaveState(block.data());
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(bench.player.synth.LoadState(block.data(), kStateSize));
+        bench.player.synth.ApplyPendingValues();
+    }
+}
+BENCHMARK(loadState)->Unit(benchmark::kMicrosecond);
+
+void makeAndReset(benchmark::State& state) {
+    for (auto _ : state) {
+        const auto bench = std::make_unique<Bench>(44100.0);
+        bench->player.synth.Reset(kSampleRate);
+        benchmark::DoNotOptimize(bench.get());
+    }
+#if defined(__GLIBC__)
+    const auto inUse = [] {
+        const struct mallinfo2 info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    const std::size_t before = inUse();
+    const auto player = std::make_unique<Player>(kSampleRate);
+    state.counters["MB"] = static_cast<double>(inUse() - before) / 1.0e6;
+#endif
+}
+BENCHMARK(makeAndReset)->Unit(benchmark::kMillisecond);
+
+// Cycles a frame and instance, four notes and reverb each.
+void instances(benchmark::State& state) {
+    std::vector<std::unique_ptr<Bench>> benches;
+    for (int i = 0; i < state.range(0); ++i) {
+        Bench& bench = *benches.emplace_back(std::make_unique<Bench>());
+        bench.player.Set({{param::kReverbOn, 1.0f}});
+        for (int note : {45, 52, 57, 64})
+            bench.player.NoteOn(note);
+        bench.Seconds(0.5);
+    }
+    const double cycles = CyclesPerFrame(state, benches, kBlockFrames);
+    state.counters["cycles/frame"] = cycles / static_cast<double>(benches.size());
+}
+BENCHMARK(instances)->Arg(1)->Arg(32);
+
+}  // namespace
+}  // namespace norava::bench
