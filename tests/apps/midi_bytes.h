@@ -38,4 +38,13 @@ inline Bytes OneTrackFile(const Bytes& events) {
     return Header(0, 1) + Track(events);
 }
 
+// Half a second of rest, then half a second of each key in turn.
+inline Bytes ScaleFile(const Bytes& keys, std::uint8_t velocity = 80) {
+    Bytes events = {96, 0xB0, 1, 0};
+    for (const std::uint8_t key : keys) {
+        events = events + Bytes{0, 0x90, key, velocity, 96, 0x80, key, 0};
+    }
+    return OneTrackFile(events);
+}
+
 }  // namespace norava::test
