@@ -1,0 +1,84 @@
+#!/bin/bash
+# Tries the module in the plug-in hosts of this machine (Debian: qtractor, ardour): their scanners accept it, and Ardour
+# saves, loads, plays and exports it. Hosts that are not installed are left out. Needs no display and no sound card.
+# Usage: run.sh [MODULE]
+set -u
+here=$(cd "$(dirname "$0")" && pwd)
+module=$(realpath "${1:-$here/../../build/release/norava.so}")
+[ -f "$module" ] || { echo "no module at $module: build it first" >&2; exit 2; }
+
+# A home of its own: nothing of the user's is read or written.
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export HOME=$work/home NORAVA_WORK=$work
+export XDG_CONFIG_HOME=$HOME/.config XDG_CACHE_HOME=$HOME/.cache
+export LXVST_PATH=$HOME/.lxvst QT_QPA_PLATFORM=offscreen
+mkdir -p "$LXVST_PATH" "$XDG_CONFIG_HOME" "$XDG_CACHE_HOME"
+cp "$module" "$LXVST_PATH/norava.so"
+
+passed=0 failed=0
+report() {  # report NAME STATUS LOG
+    if [ "$2" -eq 0 ]; then
+        passed=$((passed + 1))
+        echo "ok      $1"
+    else
+        failed=$((failed + 1))
+        echo "FAILED  $1"
+        tail -n 30 "$3"
+    fi
+}
+
+try_qtractor() {
+    local scanner
+    scanner=$(find /usr/lib /usr/libexec -name qtractor_plugin_scan -type f 2>/dev/null | head -n 1)
+    [ -n "$scanner" ] || { echo "left out: Qtractor is not installed"; return; }
+    printf 'VST2:%s\n' "$LXVST_PATH/norava.so" | timeout 60 "$scanner" >"$work/qtractor.log" 2>&1
+    # Name, audio channels, MIDI ports, parameters, ..., unique id.
+    grep -q '^VST|Norava|0:2|1:0|114:0|.*|0x4e6f7652$' "$work/qtractor.log"
+    report "Qtractor's scanner accepts the module" $? "$work/qtractor.log"
+}
+
+ardour_scans() {
+    local scanner=$1 log=$work/ardour-scan.log
+    LD_LIBRARY_PATH=$(dirname "$scanner") timeout 60 "$scanner" -f -v "$LXVST_PATH/norava.so" >"$log" 2>&1 &&
+        grep -q 'name="Norava" creator="Hollo-Vane" category="Instrument"' "$log" &&
+        grep -q 'n_inputs="0" n_outputs="2"' "$log" && grep -q 'is_instrument="1"' "$log"
+    report "Ardour's scanner accepts the module" $? "$log"
+    # A cache entry as old as the module counts as stale.
+    find "$XDG_CACHE_HOME" -name '*.v2i' -exec touch -d '+2 seconds' {} +
+}
+
+ardour_script() {  # ardour_script LUASESSION SCRIPT NAME
+    timeout 120 "$1" "$here/$2" >"$work/$2.log" 2>&1
+    # The Lua shell ends with 0 whatever happens inside it.
+    grep -q '^all done$' "$work/$2.log"
+    report "$3" $? "$work/$2.log"
+}
+
+try_ardour() {
+    local scanner lua export_tool scripts
+    scanner=$(find /usr/lib -path '*ardour*' -name ardour-vst-scanner -type f 2>/dev/null | head -n 1)
+    lua=$(find /usr/bin -name 'ardour*-lua' | head -n 1)
+    export_tool=$(find /usr/bin -name 'ardour*-export' | head -n 1)
+    if [ -z "$scanner" ] || [ -z "$lua" ] || [ -z "$export_tool" ]; then
+        echo "left out: Ardour is not installed"
+        return
+    fi
+    ardour_scans "$scanner"
+    scripts=$XDG_CONFIG_HOME/$(basename "$(dirname "$scanner")")/scripts
+    mkdir -p "$scripts"
+    cp "$here/note_source.lua" "$scripts/"
+    ardour_script "$lua" ardour_make.lua "Ardour plays the module and saves it in a session"
+    # Ten seconds to export. Ardour counts them in units of 1/282240000 s.
+    sed -i 's|<Locations/>|<Locations><Location id="999999" name="session" start="a0" end="a2822400000" flags="IsSessionRange" locked="0" timestamp="0"/></Locations>|' \
+        "$work/session/session.ardour"
+    ardour_script "$lua" ardour_load.lua "Ardour loads the session with the module's state"
+    timeout 120 "$export_tool" -b 16 -o "$work/export.wav" "$work/session" session >"$work/export.log" 2>&1 &&
+        python3 "$here/check_export.py" "$work/export.wav" >>"$work/export.log" 2>&1
+    report "Ardour exports the module's sound" $? "$work/export.log"
+}
+
+try_qtractor
+try_ardour
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
