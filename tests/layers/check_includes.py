@@ -19,7 +19,7 @@ ARROWS = {
     "gui/platform": {"gui", "files"},
     "presets/panel": {"presets", "framework", "files", "gui"},
     "editor": {"framework", "parameters", "gui", "presets", "presets/panel"},
-    "plugin": {"framework", "parameters", "synth", "editor"},
+    "plugin": {"framework", "parameters", "presets", "synth", "editor"},
     "host": {"framework", "plugin"},
     "apps": {"framework", "parameters", "plugin", "synth", "editor", "gui", "files", "presets"},
 }

@@ -1,0 +1,9 @@
+#include "presets/factory_bank.h"
+
+namespace norava {
+
+std::span<const FactoryProgram> GetFactoryBank() {
+    return {};
+}
+
+}  // namespace norava
