@@ -95,12 +95,24 @@ NORAVA_INLINE bool allTrue(v128i mask) {
 #endif
 }
 
+NORAVA_INLINE v128 magnitude(v128 v) {
+    constexpr std::int32_t kAllButSign = 0x7fffffff;
+    return bitsAs<v128>(bitsAs<v128i>(v) &
+                        v128i{kAllButSign, kAllButSign, kAllButSign, kAllButSign});
+}
+
+// The greater lanes; of a lane that is not a number, that of `a`.
+NORAVA_INLINE v128 greater(v128 a, v128 b) {
+#if defined(__SSE2__)
+    return _mm_max_ps(b, a);
+#else
+    return b > a ? b : a;
+#endif
+}
+
 // Lanes of a magnitude below 1e-9, as bits.
 NORAVA_INLINE v128i isTiny(v128 v) {
-    constexpr std::int32_t kMagnitude = 0x7fffffff;
-    const v128i magnitude =
-        bitsAs<v128i>(v) & v128i{kMagnitude, kMagnitude, kMagnitude, kMagnitude};
-    return bitsAs<v128>(magnitude) < v128_Set(kSilence);
+    return magnitude(v) < v128_Set(kSilence);
 }
 
 NORAVA_INLINE bool anyTiny(v128 v) {

@@ -150,8 +150,10 @@ void CResonator::processPiece(const std::array<int, kBands>& sounding, int count
                               float* right, int frames) {
     v128 input[kPieceFrames];
     v128 output[kPieceFrames];
-    float outLeft[kPieceFrames] = {};
-    float outRight[kPieceFrames] = {};
+    float outLeft[kPieceFrames];
+    float outRight[kPieceFrames];
+    std::fill_n(outLeft, frames, 0.0f);
+    std::fill_n(outRight, frames, 0.0f);
     for (int i = 0; i < frames; ++i)
         input[i] = v128_Set(flushTiny(left[i] + right[i]));
     // Four bands side by side: the outputs of their first lines, inverted, go into their second

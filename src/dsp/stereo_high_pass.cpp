@@ -11,6 +11,7 @@ namespace norava {
 namespace {
 
 constexpr long kPieceFrames = 64;
+constexpr long kShortestPiece = 6;  // below, frame by frame is cheaper
 
 // Whether all samples are 0 to the bit; -0 counts as sound, because it leaves a filter as +0.
 bool isSilent(const float* samples, long frames) {
@@ -47,6 +48,13 @@ void StereoHighPass::Reset() {
 
 void StereoHighPass::process(float* left, float* right, long frames) {
     if (atRest() && isSilent(left, frames) && isSilent(right, frames)) return;
+    if (frames < kShortestPiece) {
+        for (long i = 0; i < frames; ++i) {
+            left[i] = left_.GetFrame(left[i]);
+            right[i] = right_.GetFrame(right[i]);
+        }
+        return;
+    }
     for (long done = 0; done < frames; done += kPieceFrames) {
         const long piece = std::min(frames - done, kPieceFrames);
         processPiece(left + done, right + done, static_cast<int>(piece));

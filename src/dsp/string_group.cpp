@@ -194,6 +194,16 @@ int StringLanes::run(const v128* inputs, v128* outputs, int frame, int end) {
 
 void StringGroup::process(CStringDelay* const* lines, int count, const v128* inputs, v128* outputs,
                           int frames) {
+    // To set the lanes up takes longer than a few frames do.
+    constexpr int kFewFrames = 2;
+    if (frames <= kFewFrames) {
+        for (int i = 0; i < frames; ++i) {
+            for (int lane = 0; lane < count; ++lane) {
+                outputs[i][lane] = lines[lane]->GetFrame(inputs[i][lane]);
+            }
+        }
+        return;
+    }
     StringLanes lanes(lines, count);
     int frame = 0;
     while (frame < frames) {

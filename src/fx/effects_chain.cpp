@@ -63,6 +63,7 @@ void CNoravaFX::setSampleRate(double sampleRate) {
         delayLines_[i].setLength(delayLineLength(shape, sampleRate_), shape.initialPosition,
                                  delayLineLength(shape, kReserveRate));
     }
+    appliedTempo_ = 0.0;
     highPass_.Set(kRumbleHz, 1.0f, static_cast<float>(sampleRate_));
     reset();
 }
@@ -99,12 +100,20 @@ void CNoravaFX::process(float* inL, float* inR, float* outL, float* outR, long f
             reverb_.processReplacing(buffers, buffers, static_cast<int>(frames));
         }
         if (delayOn_) {
-            applyDelaySettings();
+            updateDelayLines();
             processDelay(inL, inR, frames);
         }
     }
     if (outL != inL) std::copy_n(inL, frames, outL);
     if (outR != inR) std::copy_n(inR, frames, outR);
+}
+
+// Sets the lines up again only if a setting has changed.
+void CNoravaFX::updateDelayLines() {
+    if (delay == appliedDelay_ && tempo_ == appliedTempo_) return;
+    applyDelaySettings();
+    appliedDelay_ = delay;
+    appliedTempo_ = tempo_;
 }
 
 void CNoravaFX::applyDelaySettings() {

@@ -14,13 +14,15 @@ namespace norava {
 // them block by block.
 struct DelaySettings {
     float time = 0.0f;  // 0..1: 0.01 + time^2 of the lines' lengths
-    float tempoSelector =
-        0.0f;  // menu position: 0 free (as any other outside 1..9), 1..9 "1/16".."16/4"
+    // Menu position: 1..9 "1/16".."16/4"; 0, as any other, leaves the time free.
+    float tempoSelector = 0.0f;
     float feedback = 0.0f;  // 0..1
     float modSpeed = 0.0f;  // 0..1: 0..20 Hz
     float modDepth = 0.0f;  // 0..1
     float blur = 0.0f;      // 0..1: how much the second and third line of a channel add
     float wet = 0.0f;       // 0..1
+
+    bool operator==(const DelaySettings&) const = default;
 };
 
 // The effects after the voices, in fixed order: a 32 Hz high-pass per channel, resonator bank,
@@ -65,6 +67,7 @@ class CNoravaFX {
     static constexpr int kDelayLines = 6;  // three in series on the left, three on the right
 
     void resetDelayLines();
+    void updateDelayLines();
     void applyDelaySettings();
     void processDelay(float* left, float* right, long frames);
 
@@ -73,6 +76,9 @@ class CNoravaFX {
     CChorus chorus_;
     std::array<CTapeDelay, kDelayLines> delayLines_;
     double tempo_ = 120.0;
+    // What the lines were last set up with; no tempo before that.
+    DelaySettings appliedDelay_;
+    double appliedTempo_ = 0.0;
     double sampleRate_ = 0.0;  // Hz; 0 until the first setSampleRate
     bool reverbOn_ = false;
     bool delayOn_ = false;

@@ -2,9 +2,8 @@
 
 #include <array>
 #include <cstddef>
-#include <memory>
 
-#include "fx/reverb_coefficients.h"
+#include "fx/reverb_tank.h"
 
 namespace norava {
 
@@ -21,6 +20,8 @@ class fxReverb {
     struct Meter {
         float peak = 0.0f;  // of the last block
         bool clipped = false;
+
+        void see(const float* samples, int frames);
     };
 
     // Indices as in ReverbParameter; the names that callers outside the reverb use.
@@ -68,51 +69,10 @@ class fxReverb {
     const std::array<Meter, 2>& outputMeters() const { return outputMeters_; }
 
   private:
-    struct Line {
-        float* data = nullptr;
-        int length = 1;
-        int capacity = 1;
-        int position = 0;  // where the next sample is read and written; counts down
-
-        float read() const { return data[position]; }
-        float tap(int offset) const {
-            const int at = position + offset;
-            return data[at >= length ? at - length : at];
-        }
-        void writeAndStep(float value) {
-            data[position] = value;
-            position = position == 0 ? length - 1 : position - 1;
-        }
-    };
-    struct Stereo {
-        float left;
-        float right;
-    };
-    struct ShelfState {
-        float input = 0.0f;
-        float output = 0.0f;
-    };
-    struct State {
-        float highCut = 0.0f;
-        float lowCutInput = 0.0f;
-        float lowCutOutput = 0.0f;
-        ShelfState leftShelf;
-        ShelfState rightShelf;
-        float leftDamping = 0.0f;
-        float rightDamping = 0.0f;
-        Stereo early{0.0f, 0.0f};
-        float smoothedGain = -1000.0f;  // below -99: jumps to its target at the next frame
-    };
-
     void AllocBuffer();
     void CookParameters();
-    void clearLine(Line& line, float value);
-    Stereo frame(float inLeft, float inRight);
-    void updateEarlyReflections();
-    float tankHalf(float input, float predelayed, ReverbLine firstLine, ShelfState& shelf,
-                   float& damping);
-    Stereo outputTaps() const;
-    template <bool accumulate>
+    void passThrough(float** inputs, float** outputs, int frames, bool accumulate);
+    template <bool kAccumulate>
     void run(float** inputs, float** outputs, int frames);
 
     float sampleRate_ = 44100.0f;
@@ -125,10 +85,7 @@ class fxReverb {
     bool bypass_ = false;
     int bypassCountdown_ = -1;  // frames; -1: none
 
-    std::unique_ptr<float[]> memory_;
-    std::size_t capacity_ = 0;  // floats in memory_
-    std::array<Line, kReverbLines> lines_;
-    State state_;
+    ReverbTank tank_;
     std::array<Meter, 2> inputMeters_;
     std::array<Meter, 2> outputMeters_;
 };

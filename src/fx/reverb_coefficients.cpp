@@ -41,36 +41,43 @@ double decayGain(double seconds, double decaySeconds) {
     return std::exp(kLog60dB * seconds / decaySeconds);
 }
 
-void cookRoom(ReverbCoefficients& c, const ReverbValues& v, std::int64_t rate) {
+void cookRoom(ReverbGeometry& g, const ReverbValues& v, std::int64_t rate) {
     const std::int64_t room = rate * (v[kReverbRoomSize] + 15) / 115;
     for (std::size_t i = 0; i < kMaxTab.size(); ++i) {
-        c.lengths[i] = std::max(scaled(kMaxTab[i], room, kBaseRate), 1);
+        g.lengths[i] = std::max(scaled(kMaxTab[i], room, kBaseRate), 1);
     }
     for (std::size_t i = 0; i < kLeftTapPoints.size(); ++i) {
-        c.leftTaps[i] = scaled(kLeftTapPoints[i], room, kBaseRate);
-        c.rightTaps[i] = scaled(kRightTapPoints[i], room, kBaseRate);
+        g.leftTaps[i] = scaled(kLeftTapPoints[i], room, kBaseRate);
+        g.rightTaps[i] = scaled(kRightTapPoints[i], room, kBaseRate);
     }
-    c.lengths[kPredelayLine] = std::max(scaled(v[kReverbPredelay], rate, 1000), 1);
+    g.lengths[kPredelayLine] = std::max(scaled(v[kReverbPredelay], rate, 1000), 1);
 }
 
 void cookEarlyReflections(ReverbCoefficients& c, const ReverbValues& v, std::int64_t rate) {
+    constexpr std::array<double, kReverbEarlyTaps - 1> kLeftSigns{1, 1, -1, 1, 1, 1, 1};
+    constexpr std::array<double, kReverbEarlyTaps> kRightSigns{1, -1, 1, 1, -1, 1, 1, -1};
+    auto& left = c.geometry.earlyLeftTaps;
+    auto& right = c.geometry.earlyRightTaps;
     const auto e = static_cast<double>(rate * (v[kReverbRoomSize] + 3) / 103);
-    for (std::size_t i = 0; i < kEarlyLeftPoints.size(); ++i) {
-        c.earlyLeftTaps[i] = static_cast<int>(1.5 * kEarlyLeftPoints[i] * e / kEarlyBaseRate);
-        c.earlyRightTaps[i] = static_cast<int>(1.5 * kEarlyRightPoints[i] * e / kEarlyBaseRate);
+    for (std::size_t i = 0; i < kReverbEarlyTaps; ++i) {
+        left[i] = static_cast<int>(1.5 * kEarlyLeftPoints[i] * e / kEarlyBaseRate);
+        right[i] = static_cast<int>(1.5 * kEarlyRightPoints[i] * e / kEarlyBaseRate);
     }
-    const double nearest = std::min(c.earlyLeftTaps[0], c.earlyRightTaps[0]);
-    for (std::size_t i = 0; i < kEarlyLeftPoints.size(); ++i) {
-        c.earlyLeftGains[i] = static_cast<float>(0.5 * nearest / c.earlyLeftTaps[i]);
-        c.earlyRightGains[i] = static_cast<float>(0.36 * nearest / c.earlyRightTaps[i]);
+    const double nearest = std::min(left[0], right[0]);
+    for (std::size_t i = 0; i < kLeftSigns.size(); ++i) {
+        c.earlyLeftWeights[i] = static_cast<float>(kLeftSigns[i] * (0.5 * nearest / left[i]));
+    }
+    for (std::size_t i = 0; i < kRightSigns.size(); ++i) {
+        c.earlyRightWeights[i] = static_cast<float>(kRightSigns[i] * (0.36 * nearest / right[i]));
     }
 }
 
 void cookDiffusion(ReverbCoefficients& c, const ReverbValues& v, double rate) {
     if (v[kReverbDiffusion] == 0) return;  // the coefficients stay 0: nothing is diffused
+    const ReverbLengths& lengths = c.geometry.lengths;
     const double d = v[kReverbDiffusion] / 100.0;
-    const auto meanSeconds = [&](ReverbLine a, ReverbLine b) {
-        return (c.lengths[a] + c.lengths[b]) * 0.5 / rate;
+    const auto meanSeconds = [&](ReverbLineIndex a, ReverbLineIndex b) {
+        return (lengths[a] + lengths[b]) * 0.5 / rate;
     };
     const auto coefficient = [d](double seconds, double decaySeconds) {
         return static_cast<float>(decayGain(seconds, decaySeconds * d));
@@ -82,8 +89,9 @@ void cookDiffusion(ReverbCoefficients& c, const ReverbValues& v, double rate) {
 }
 
 void cookDecay(ReverbCoefficients& c, const ReverbValues& v, double rate) {
-    const double loopSeconds = (c.lengths[kLeftDelay1] + c.lengths[kLeftDelay2] +
-                                c.lengths[kRightDelay1] + c.lengths[kRightDelay2]) /
+    const ReverbLengths& lengths = c.geometry.lengths;
+    const double loopSeconds = (lengths[kLeftDelay1] + lengths[kLeftDelay2] +
+                                lengths[kRightDelay1] + lengths[kRightDelay2]) /
                                rate;
     const double decaySeconds = v[kReverbDecay] / 10.0;
     const double gain = std::pow(decayGain(loopSeconds, decaySeconds), 0.25);
@@ -97,14 +105,17 @@ void cookDecay(ReverbCoefficients& c, const ReverbValues& v, double rate) {
     c.bassShelf = static_cast<float>((ratio - 1.0) * 0.5);
     c.bassAllPass = static_cast<float>((t - limited) / (t + limited));
 
+    // The output taps weigh decay + (1 - decay) * K.
     const auto weight = [g = static_cast<double>(c.decay)](double k) {
         return static_cast<float>(g + (1.0 - g) * k);
     };
-    c.weight20 = weight(0.2);
-    c.weight25 = weight(0.25);
-    c.weight50 = weight(0.5);
-    c.weight60 = weight(0.6);
-    c.weight70 = weight(0.7);
+    const float w20 = weight(0.2);
+    const float w25 = weight(0.25);
+    const float w50 = weight(0.5);
+    const float w60 = weight(0.6);
+    const float w70 = weight(0.7);
+    c.leftWeights = {1.0f, -w25, -w70, -w20, w60, 1.0f, w50};
+    c.rightWeights = {1.0f, w25, -w70, -w20, -w60, 1.0f, w50};
 }
 
 void cookGains(ReverbCoefficients& c, const ReverbValues& v) {
@@ -150,8 +161,8 @@ ReverbCoefficients cookReverb(const ReverbValues& values, float sampleRate) {
     ReverbCoefficients c;
     cookGains(c, values);
     cookFilters(c, values, rate);
-    cookRoom(c, values, wholeRate);
-    c.lengths[kEarlyLine] = reverbLineCapacities(static_cast<int>(wholeRate))[kEarlyLine];
+    cookRoom(c.geometry, values, wholeRate);
+    c.geometry.lengths[kEarlyLine] = reverbLineCapacities(static_cast<int>(wholeRate))[kEarlyLine];
     cookEarlyReflections(c, values, wholeRate);
     cookDiffusion(c, values, rate);
     cookDecay(c, values, rate);

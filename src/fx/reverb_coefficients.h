@@ -10,7 +10,7 @@
 namespace norava {
 
 // The fourteen circular lines, in the order they lie in memory.
-enum ReverbLine : std::size_t {
+enum ReverbLineIndex : std::size_t {
     kInputDiffuser1 = 0,
     kInputDiffuser2 = 1,
     kInputDiffuser3 = 2,
@@ -37,14 +37,36 @@ using ReverbLengths = std::array<int, kReverbLines>;  // frames
 // Longest length of each line at a sample rate of `rate` Hz, 1 kHz..768 kHz.
 ReverbLengths reverbLineCapacities(int rate);
 
-struct ReverbCoefficients {
+// The lines that the output taps read, in the order in which they are summed.
+inline constexpr std::array<ReverbLineIndex, kReverbOutputTaps> kLeftTapLines{
+    kRightDelay1, kRightDelay1,   kRightDiffuser2, kRightDelay2,
+    kLeftDelay1,  kLeftDiffuser2, kLeftDelay2};
+inline constexpr std::array<ReverbLineIndex, kReverbOutputTaps> kRightTapLines{
+    kLeftDelay1,  kLeftDelay1,     kLeftDiffuser2, kLeftDelay2,
+    kRightDelay1, kRightDiffuser2, kRightDelay2};
+
+// Where everything is in time, in frames.
+struct ReverbGeometry {
     ReverbLengths lengths{};
-    std::array<int, kReverbOutputTaps> leftTaps{};  // frames behind the write position
+    // Behind the position after a frame, 0..length.
+    std::array<int, kReverbOutputTaps> leftTaps{};
     std::array<int, kReverbOutputTaps> rightTaps{};
+    // Behind the position before a frame, at least 1.
     std::array<int, kReverbEarlyTaps> earlyLeftTaps{};
     std::array<int, kReverbEarlyTaps> earlyRightTaps{};
-    std::array<float, kReverbEarlyTaps> earlyLeftGains{};
-    std::array<float, kReverbEarlyTaps> earlyRightGains{};
+
+    bool operator==(const ReverbGeometry&) const = default;
+};
+
+struct ReverbCoefficients {
+    ReverbGeometry geometry;
+
+    // Weights of the taps, with their signs. The eighth early tap on the left is not used; the room
+    // was tuned without.
+    std::array<float, kReverbOutputTaps> leftWeights{};
+    std::array<float, kReverbOutputTaps> rightWeights{};
+    std::array<float, kReverbEarlyTaps - 1> earlyLeftWeights{};
+    std::array<float, kReverbEarlyTaps> earlyRightWeights{};
 
     float inputGain = 0.0f;
     float lowCut = 0.0f;   // all-pass coefficient; exactly 0 switches the low cut off
@@ -61,12 +83,6 @@ struct ReverbCoefficients {
     float earlyGain = 0.0f;
     float reverbGain = 0.0f;
     float width = 1.0f;
-    // Weights of the output taps: decay + (1 - decay) * K.
-    float weight20 = 0.0f;
-    float weight25 = 0.0f;
-    float weight50 = 0.0f;
-    float weight60 = 0.0f;
-    float weight70 = 0.0f;
 };
 
 // Coefficients for `values` (each within its parameter's range) at `sampleRate` Hz, 1 kHz..768 kHz.

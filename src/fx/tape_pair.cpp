@@ -146,6 +146,15 @@ int TapeLanes::run(v128* samples, int frame, int end) {
 }
 
 void TapePair::process(CTapeDelay& first, CTapeDelay& second, v128* samples, int frames) {
+    // To set the lanes up takes longer than a few frames do.
+    constexpr int kFewFrames = 2;
+    if (frames <= kFewFrames) {
+        for (int i = 0; i < frames; ++i) {
+            samples[i][0] = first.GetFrame(samples[i][0]);
+            if (&second != &first) samples[i][1] = second.GetFrame(samples[i][1]);
+        }
+        return;
+    }
     TapeLanes lanes(first, second);
     int frame = 0;
     while (frame < frames) {

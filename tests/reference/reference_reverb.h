@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <vector>
 
 #include "fx/reverb_coefficients.h"
@@ -58,8 +59,8 @@ struct Reverb {
         changed = false;
         c = cookReverb(values, rate);
         for (std::size_t i = 0; i < lines.size(); ++i) {
-            lines[i].length = c.lengths[i];
-            lines[i].position %= c.lengths[i];
+            lines[i].length = c.geometry.lengths[i];
+            lines[i].position %= c.geometry.lengths[i];
         }
         if (values[kReverbRoomSize] == cookedRoom) return;
         cookedRoom = values[kReverbRoomSize];
@@ -87,12 +88,14 @@ struct Reverb {
         apIn = h;
         apOut = ap;
         float x = c.lowCut != 0.0f ? (h - ap) * 0.5f + 1e-30f : h;
+        const ReverbGeometry& g = c.geometry;
         if (c.earlyGain != 0.0f) {
             const auto l = [&](std::size_t i) {
-                return lines[kEarlyLine].at(c.earlyLeftTaps[i]) * c.earlyLeftGains[i];
+                return lines[kEarlyLine].at(g.earlyLeftTaps[i]) * std::fabs(c.earlyLeftWeights[i]);
             };
             const auto r = [&](std::size_t i) {
-                return lines[kEarlyLine].at(c.earlyRightTaps[i]) * c.earlyRightGains[i];
+                return lines[kEarlyLine].at(g.earlyRightTaps[i]) *
+                       std::fabs(c.earlyRightWeights[i]);
             };
             erL = l(0) + l(1) - l(2) + l(3) + l(4) + l(5) + l(6);
             erR = r(0) - r(1) + r(2) + r(3) - r(4) + r(5) + r(6) - r(7);
@@ -106,16 +109,20 @@ struct Reverb {
         tank(0, lines[11].at(0), p);
         tank(1, lines[7].at(0), p);
 
-        const auto& L = c.leftTaps;
-        const auto& R = c.rightTaps;
-        const float wetL = lines[9].at(L[0]) - lines[9].at(L[1]) * c.weight25 -
-                           lines[10].at(L[2]) * c.weight70 - lines[11].at(L[3]) * c.weight20 +
-                           lines[5].at(L[4]) * c.weight60 + lines[6].at(L[5]) +
-                           lines[7].at(L[6]) * c.weight50;
-        const float wetR = lines[5].at(R[0]) + lines[5].at(R[1]) * c.weight25 -
-                           lines[6].at(R[2]) * c.weight70 - lines[7].at(R[3]) * c.weight20 -
-                           lines[9].at(R[4]) * c.weight60 + lines[10].at(R[5]) +
-                           lines[11].at(R[6]) * c.weight50;
+        const auto& L = g.leftTaps;
+        const auto& R = g.rightTaps;
+        const auto a = [this](double k) {
+            const double decay = static_cast<double>(c.decay);
+            return static_cast<float>(decay + (1.0 - decay) * k);
+        };
+        const float wetL = lines[9].at(L[0]) - lines[9].at(L[1]) * a(0.25) -
+                           lines[10].at(L[2]) * a(0.7) - lines[11].at(L[3]) * a(0.2) +
+                           lines[5].at(L[4]) * a(0.6) + lines[6].at(L[5]) +
+                           lines[7].at(L[6]) * a(0.5);
+        const float wetR = lines[5].at(R[0]) + lines[5].at(R[1]) * a(0.25) -
+                           lines[6].at(R[2]) * a(0.7) - lines[7].at(R[3]) * a(0.2) -
+                           lines[9].at(R[4]) * a(0.6) + lines[10].at(R[5]) +
+                           lines[11].at(R[6]) * a(0.5);
         if (gain < -99.0f) gain = c.reverbGain;
         gain += (c.reverbGain - gain) * 0.001f;
         const float oL = wetL * gain + erL * c.earlyGain;
