@@ -164,20 +164,23 @@ void makeAndReset(benchmark::State& state) {
 }
 BENCHMARK(makeAndReset)->Unit(benchmark::kMillisecond);
 
-// Cycles a frame and instance, four notes and reverb each.
-void instances(benchmark::State& state) {
+// Cycles a frame and instance, for one and for many instances of the same chord: what they cost
+// each other by sharing the caches.
+void instances(benchmark::State& state, int notes, bool effects) {
     std::vector<std::unique_ptr<Bench>> benches;
     for (int i = 0; i < state.range(0); ++i) {
         Bench& bench = *benches.emplace_back(std::make_unique<Bench>());
-        bench.player.Set({{param::kReverbOn, 1.0f}});
-        for (int note : {45, 52, 57, 64})
-            bench.player.NoteOn(note);
+        if (effects) bench.UseEveryEffect();
+        for (int note = 0; note < notes; ++note)
+            bench.player.NoteOn(45 + 5 * note);
         bench.Seconds(0.5);
     }
     const double cycles = CyclesPerFrame(state, benches, kBlockFrames);
     state.counters["cycles/frame"] = cycles / static_cast<double>(benches.size());
 }
-BENCHMARK(instances)->Arg(1)->Arg(32);
+BENCHMARK_CAPTURE(instances, idle, 0, false)->Arg(1)->Arg(32);
+BENCHMARK_CAPTURE(instances, chord, 8, false)->Arg(1)->Arg(32);
+BENCHMARK_CAPTURE(instances, chordEffects, 8, true)->Arg(1)->Arg(32);
 
 }  // namespace
 }  // namespace norava::bench
