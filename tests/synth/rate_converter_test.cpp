@@ -111,16 +111,5 @@ TEST(RateConverter, RendersWhatTheHostsRateAsksFor) {
     EXPECT_EQ(converter.GetInternalCount(), 48 * 48);
 }
 
-TEST(RateConverter, ClearedSoundIsGone) {
-    RateConverter converter;
-    converter.SetHostRate(44100.0);
-    std::vector<float> left(512), right(512);
-    converter.Process(left.data(), right.data(), 500, Bursts());
-    converter.ClearSound();
-    converter.Process(left.data(), right.data(), 512, [](float*, float*, int) { return false; });
-    for (float x : left)
-        ASSERT_EQ(x, 0.0f);
-}
-
 }  // namespace
 }  // namespace norava

@@ -184,20 +184,6 @@ TEST(Render, PendingValuesComeBeforeTheSignOfTheChorusTurns) {
     EXPECT_EQ(render(false), render(true));
 }
 
-TEST(Render, PlaysAtEveryRateAndBlockSize) {
-    for (double rate :
-         {1.0, 1000.0, 8000.0, 11025.0, 44100.0, 96000.0, 192000.0, 768000.0, 1.0e9}) {
-        Player player(rate);
-        player.Set({{param::kReverbOn, 1.0f}, {param::kDelayOn, 1.0f}, {param::kChorusOn, 1.0f}});
-        for (int block : {1, 7, 48, 512, 8192}) {
-            player.NoteOn(60);
-            const Stereo out = player.Render(std::max(block, 1000), block);
-            EXPECT_TRUE(out.IsFinite()) << rate << " " << block;
-            EXPECT_GT(out.Peak(), 0.0f) << rate << " " << block;
-        }
-    }
-}
-
 // Lets a test break the engine from inside.
 class Breakable : public CNoravaSynth {
   public:

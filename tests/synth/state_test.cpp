@@ -134,23 +134,5 @@ TEST_F(State, NameFieldKeepsItsTerminator) {
     EXPECT_EQ(std::string(&saved[460], 128), std::string(127, 'x') + '\0');
 }
 
-TEST_F(State, HasTheNamesAndTextsOfTheHost) {
-    std::array<char, 64> text;
-    synth_.GetParamName(33, text);
-    EXPECT_STREQ(text.data(), "Hi-Cut Drive");
-    synth_.GetParamName(78, text);
-    EXPECT_STREQ(text.data(), "");
-    synth_.GetParamName(114, text);
-    EXPECT_STREQ(text.data(), "<out of range>");
-    synth_.GetParamLabel(71, text);
-    EXPECT_STREQ(text.data(), "Hz");
-    synth_.GetParamLabel(114, text);
-    EXPECT_STREQ(text.data(), "%");
-    synth_.GetParamDisplay(113, text);
-    EXPECT_STREQ(text.data(), "3");
-    synth_.GetParamDisplay(114, text);
-    EXPECT_STREQ(text.data(), "0.0");
-}
-
 }  // namespace
 }  // namespace norava
