@@ -66,11 +66,22 @@ CResonator::CResonator() {
     }
 }
 
-void CResonator::setSampleRate(double sampleRate, double reserveRate) {
+std::size_t CResonator::bytesFor(double sampleRate) {
+    return 2 * kBands * CStringDelay::bytesFor(lineLength(sampleRate));
+}
+
+void CResonator::reserve(double sampleRate, LineMemory& memory) {
+    for (Band& band : bands_) {
+        band.first.reserve(lineLength(sampleRate), memory);
+        band.second.reserve(lineLength(sampleRate), memory);
+    }
+}
+
+void CResonator::setSampleRate(double sampleRate) {
     for (Band& band : bands_) {
         band.changed = true;
-        band.first.setLength(lineLength(sampleRate), lineLength(reserveRate));
-        band.second.setLength(lineLength(sampleRate), lineLength(reserveRate));
+        band.first.setLength(lineLength(sampleRate));
+        band.second.setLength(lineLength(sampleRate));
     }
     hasLines_ = true;
     highPass_.Set(kRumbleHz, 1.0f, static_cast<float>(sampleRate));

@@ -17,9 +17,14 @@ class CResonator {
 
     CResonator();
 
-    // Makes the lines, 100 ms long; what sounds is lost, the bands' settings stay. Takes memory for
-    // at least `reserveRate`. Rates in Hz, finite, above 0.
-    void setSampleRate(double sampleRate, double reserveRate = 0.0);
+    // Makes the lines, 100 ms long; what sounds is lost, the bands' settings stay. Rates in Hz,
+    // finite, above 0. Takes memory if too little is reserved.
+    void setSampleRate(double sampleRate);
+
+    // Takes memory for lines at this sample rate out of `memory`, to be followed by setSampleRate.
+    // `bytesFor` tells how much that is.
+    void reserve(double sampleRate, LineMemory& memory);
+    static std::size_t bytesFor(double sampleRate);
 
     // Silences all lines and both filters.
     void reset();

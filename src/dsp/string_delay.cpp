@@ -24,11 +24,19 @@ CStringDelay::CStringDelay(long length) {
     setLength(length);
 }
 
-void CStringDelay::setLength(long length, long reserveLength) {
+std::size_t CStringDelay::bytesFor(long length) {
+    return 2 * LineMemory::sizeOf(CTapeDelayBuffer::bytesFor(storeLength(length)));
+}
+
+void CStringDelay::reserve(long length, LineMemory& memory) {
+    for (CTapeDelayBuffer& store : stores_)
+        store.reserve(storeLength(length), memory);
+}
+
+void CStringDelay::setLength(long length) {
     length_ = storeLength(length);
-    for (CTapeDelayBuffer& store : stores_) {
-        store.allocate(storeLength(length), storeLength(reserveLength));
-    }
+    for (CTapeDelayBuffer& store : stores_)
+        store.allocate(storeLength(length));
     minimumRate_ = 1.0 / static_cast<double>(length_);
     write_ = &stores_[0];
     read_ = &stores_[1];

@@ -19,9 +19,14 @@ class CStringDelay {
     CStringDelay(const CStringDelay&) = delete;
     CStringDelay& operator=(const CStringDelay&) = delete;
 
-    // As newly constructed with `length`; the memory is used again if it suffices, otherwise taken
-    // anew, for at least `reserveLength`. Not on the audio thread.
-    void setLength(long length, long reserveLength = 0);
+    // As newly constructed with `length`. Takes memory if too little is reserved. Not on the audio
+    // thread.
+    void setLength(long length);
+
+    // Takes memory for lines of up to `length` frames out of `memory`; the line is to be given its
+    // length afterwards. `bytesFor` tells how much that is.
+    void reserve(long length, LineMemory& memory);
+    static std::size_t bytesFor(long length);
 
     // The delay as a fraction of the length, 0..0.99 (not a number: 0.5): (length - 2) * fraction +
     // 2 frames, but at least 5 if the length allows.

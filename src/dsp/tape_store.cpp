@@ -1,26 +1,22 @@
 #include "dsp/tape_store.h"
 
-#include <algorithm>
-
 namespace norava {
 
-namespace {
+std::size_t CTapeDelayBuffer::bytesFor(int length) {
+    constexpr std::size_t kLoadSlack = 4;  // a 16-byte load of the last 12-byte slot stays inside
+    return (static_cast<std::size_t>(length) + kSpareSlots) * kSlotBytes + kLoadSlack;
+}
 
-constexpr std::size_t kPageBytes = 4096;
-constexpr std::size_t kLoadSlack = 4;  // a 16-byte load of the last 12-byte slot stays inside
+void CTapeDelayBuffer::reserve(int length, LineMemory& memory) {
+    if (bytesFor(length) <= capacityBytes_) return;
+    slots_ = memory.take(bytesFor(length));
+    capacityBytes_ = slots_ ? bytesFor(length) : 0;
+}
 
-}  // namespace
-
-void CTapeDelayBuffer::allocate(int length, int reserveLength) {
-    const auto bytesFor = [](int entries) {
-        return (static_cast<std::size_t>(entries) + kSpareSlots) * kSlotBytes + kLoadSlack;
-    };
+void CTapeDelayBuffer::allocate(int length) {
     if (bytesFor(length) > capacityBytes_) {
-        slots_.reset();
-        capacityBytes_ = bytesFor(std::max(length, reserveLength));
-        slots_ = std::make_unique_for_overwrite<std::byte[]>(capacityBytes_);
-        for (std::size_t at = 0; at < capacityBytes_; at += kPageBytes)
-            slots_[at] = std::byte{0};
+        LineMemory own(bytesFor(length));
+        reserve(length, own);
     }
     reset();
 }

@@ -5,6 +5,8 @@
 #include <memory>
 #include <utility>
 
+#include "dsp/line_memory.h"
+
 namespace norava {
 
 // The samples of one pass round a loop of tape, each with its stamp: the position (0..1 within the
@@ -31,10 +33,15 @@ class CTapeDelayBuffer {
     static constexpr int kHistory = 3;  // entries kept from the pass before
     static constexpr int kSpareSlots = 256;
 
-    // Makes room for passes of `length` entries and resets. Takes new memory only if there is too
-    // little of it, and then at least for `reserveLength`. Every page is written to, so that no
-    // page fault is left for the audio thread.
-    void allocate(int length, int reserveLength = 0);
+    // Bytes that passes of up to `length` entries need.
+    static std::size_t bytesFor(int length);
+
+    // Takes room for passes of up to `length` entries out of `memory`, if there is less so far.
+    void reserve(int length, LineMemory& memory);
+
+    // Passes have up to `length` entries from here on; resets. Takes memory of its own if too
+    // little is reserved.
+    void allocate(int length);
 
     // The same from here on as after `allocate`. Takes the same short time for any length.
     void reset();
@@ -88,7 +95,7 @@ class CTapeDelayBuffer {
         std::memcpy(slotAddress(index) + sizeof(double), &value.sample, sizeof(float));
     }
 
-    std::unique_ptr<std::byte[]> slots_;
+    std::shared_ptr<std::byte[]> slots_;
     std::size_t capacityBytes_ = 0;
 };
 

@@ -29,12 +29,11 @@ int lineLength(const LineShape& shape, double sampleRate) {
 
 }  // namespace
 
-void CChorus::setSampleRate(double sampleRate, double reserveRate) {
+void CChorus::setSampleRate(double sampleRate) {
     sampleRate_ = sampleRate;
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         const LineShape& shape = kShapes[i];
-        lines_[i].setLength(lineLength(shape, sampleRate), shape.initialPosition,
-                            lineLength(shape, reserveRate));
+        lines_[i].setLength(lineLength(shape, sampleRate), shape.initialPosition);
     }
     hasLines_ = true;
     setWet(wetSetting_);

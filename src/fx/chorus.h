@@ -11,10 +11,9 @@ namespace norava {
 // construction and setSampleRate apart.
 class CChorus {
   public:
-    // Makes the lines (20 ms); takes memory for at least `reserveRate`. Rates in Hz. Each change of
-    // rate turns the sign of the wet gain over, because the setting is kept negated; the sound of
-    // saved projects rests on that.
-    void setSampleRate(double sampleRate, double reserveRate = 0.0);
+    // Makes the lines (20 ms) for a rate in Hz. Each change of rate turns the sign of the wet gain
+    // over, because the setting is kept negated; the sound of saved projects rests on that.
+    void setSampleRate(double sampleRate);
 
     void setRate(float rate);    // 0..1: the wobbles' speed, 0.1..5.1 Hz for the centre line
     void setDelay(float depth);  // 0..1: how far the speed wobbles, depth^3

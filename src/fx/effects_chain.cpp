@@ -53,19 +53,34 @@ CNoravaFX::CNoravaFX() = default;
 
 void CNoravaFX::setSampleRate(double sampleRate) {
     sampleRate_ = clampOr(sampleRate, kLowestSampleRate, kHighestSampleRate, kReserveRate);
-    chorus_.setSampleRate(sampleRate_, kReserveRate);
+    reserveLines();
+    chorus_.setSampleRate(sampleRate_);
     reverb_.setSampleRate(static_cast<float>(sampleRate_));
     reverb_.setParameter(fxReverb::kHighDamping, 1.0f);
     reverb_.setParameter(fxReverb::kDiffusion, 1.0f);
-    resonator_.setSampleRate(sampleRate_, kReserveRate);
+    resonator_.setSampleRate(sampleRate_);
     for (std::size_t i = 0; i < delayLines_.size(); ++i) {
         const DelayLineShape& shape = kDelayShapes[i];
-        delayLines_[i].setLength(delayLineLength(shape, sampleRate_), shape.initialPosition,
-                                 delayLineLength(shape, kReserveRate));
+        delayLines_[i].setLength(delayLineLength(shape, sampleRate_), shape.initialPosition);
     }
     appliedTempo_ = 0.0;
     highPass_.Set(kRumbleHz, 1.0f, static_cast<float>(sampleRate_));
     reset();
+}
+
+// All long lines lie in one piece of memory, taken anew only for a higher rate than any before.
+void CNoravaFX::reserveLines() {
+    if (sampleRate_ <= reservedRate_) return;
+    reservedRate_ = std::max(sampleRate_, kReserveRate);
+    std::size_t bytes = CResonator::bytesFor(reservedRate_);
+    for (const DelayLineShape& shape : kDelayShapes) {
+        bytes += CTapeDelay::bytesFor(delayLineLength(shape, reservedRate_));
+    }
+    LineMemory memory(bytes);
+    resonator_.reserve(reservedRate_, memory);
+    for (std::size_t i = 0; i < delayLines_.size(); ++i) {
+        delayLines_[i].reserve(delayLineLength(kDelayShapes[i], reservedRate_), memory);
+    }
 }
 
 void CNoravaFX::resetDelayLines() {

@@ -66,6 +66,7 @@ class CNoravaFX {
   private:
     static constexpr int kDelayLines = 6;  // three in series on the left, three on the right
 
+    void reserveLines();
     void resetDelayLines();
     void updateDelayLines();
     void applyDelaySettings();
@@ -79,7 +80,8 @@ class CNoravaFX {
     // What the lines were last set up with; no tempo before that.
     DelaySettings appliedDelay_;
     double appliedTempo_ = 0.0;
-    double sampleRate_ = 0.0;  // Hz; 0 until the first setSampleRate
+    double sampleRate_ = 0.0;    // Hz; 0 until the first setSampleRate
+    double reservedRate_ = 0.0;  // Hz; up to here the long lines have their memory
     bool reverbOn_ = false;
     bool delayOn_ = false;
     bool delayResetRequested_ = false;

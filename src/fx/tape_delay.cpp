@@ -31,10 +31,19 @@ CTapeDelay::CTapeDelay(int length, double initialPosition) {
     setLength(length, initialPosition);
 }
 
-void CTapeDelay::setLength(int length, double initialPosition, int reserveLength) {
+std::size_t CTapeDelay::bytesFor(int length) {
+    return 2 * LineMemory::sizeOf(CTapeDelayBuffer::bytesFor(std::max(length, kShortestLength)));
+}
+
+void CTapeDelay::reserve(int length, LineMemory& memory) {
+    for (CTapeDelayBuffer& store : stores_)
+        store.reserve(std::max(length, kShortestLength), memory);
+}
+
+void CTapeDelay::setLength(int length, double initialPosition) {
     length_ = std::max(length, kShortestLength);
     for (CTapeDelayBuffer& store : stores_)
-        store.allocate(length_, reserveLength);
+        store.allocate(length_);
     write_ = &stores_[0];
     read_ = &stores_[1];
     minimumRate_ = 1.0 / static_cast<double>(length_);

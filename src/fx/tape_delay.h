@@ -22,9 +22,13 @@ class CTapeDelay {
     CTapeDelay(const CTapeDelay&) = delete;
     CTapeDelay& operator=(const CTapeDelay&) = delete;
 
-    // As newly constructed; the memory is used again if it suffices, otherwise taken anew, for at
-    // least `reserveLength`. Not on the audio thread.
-    void setLength(int length, double initialPosition, int reserveLength = 0);
+    // As newly constructed. Takes memory if too little is reserved. Not on the audio thread.
+    void setLength(int length, double initialPosition);
+
+    // Takes memory for passes of up to `length` frames out of `memory`; the delay is to be given
+    // its length afterwards. `bytesFor` tells how much that is.
+    void reserve(int length, LineMemory& memory);
+    static std::size_t bytesFor(int length);
 
     // Pass length as a fraction of the loop, 0..0.99 (not a number: 0.5): (length - 2) * fraction +
     // 2 frames.
