@@ -53,8 +53,8 @@ KernelPath fastestKernelPath() {
     return kFastest;
 }
 
-void processKeys(KernelPath path, SoundSettings& settings, float* left, float* right, int frames,
-                 CNoravaKey** keys, float* peak1, float* peak2) {
+void processKeys([[maybe_unused]] KernelPath path, SoundSettings& settings, float* left,
+                 float* right, int frames, CNoravaKey** keys, float* peak1, float* peak2) {
     for (unsigned word = 0; word < settings.activeKeys.size(); ++word)
         for (std::uint64_t bits = settings.activeKeys[word]; bits != 0; bits &= bits - 1)
             keys[64 * word + static_cast<unsigned>(std::countr_zero(bits))]->updateParams(frames);
