@@ -15,8 +15,10 @@ NORAVA_INLINE int smaller(int a, int b) {
 }
 
 // Makes sure that what the next `steps` steps read is up to date: what was never written since the
-// reset is silence. A line at its end goes back to its start.
+// reset is silence. A line at its end goes back to its start, but not before a step is due: a note
+// that starts meanwhile with longer lines goes on from there.
 NORAVA_INLINE void prepareLines(KeyStrings& strings, int steps) {
+    if (steps == 0) return;
     KeyLines& lines = strings.lines;
     bool allValid = true;
     for (int i = 0; i < kKeyLines; ++i) {
