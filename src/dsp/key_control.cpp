@@ -8,6 +8,7 @@
 #include <numbers>
 
 #include "dsp/key_voice.h"
+#include "dsp/numbers.h"
 
 namespace norava {
 
@@ -76,7 +77,9 @@ void CNoravaKey::updatePitch() {
     if (!pitchMemo_.changed({modulation, keyTuning, settings_.tuneSemitones, baseRatio_})) return;
     const double octaves =
         modulation / 6.0 + (keyTuning + static_cast<double>(settings_.tuneSemitones)) / 12.0;
-    data_.strings.pitchRatio = std::clamp(baseRatio_ * std::exp2(octaves), 0.0, kMaxPitchRatio);
+    // The kernel counts steps by this number, so it is one whatever the tuning tables hold.
+    data_.strings.pitchRatio =
+        clampOr(baseRatio_ * std::exp2(octaves), 0.0, kMaxPitchRatio, baseRatio_);
 }
 
 void CNoravaKey::updateNoise() {

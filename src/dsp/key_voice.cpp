@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "dsp/numbers.h"
+
 namespace norava {
 
 namespace {
@@ -134,8 +136,9 @@ void CNoravaKey::setStringLengths() {
     const StringLengths wanted = stringLengths(periodFrames(stringHz), settings_.stringRatio);
     const int frames1 = std::min(wanted.string1, capacityFrames_[kString1Pair]);
     const int frames2 = std::min(wanted.string2, capacityFrames_[kString2Pair]);
+    const double combRatio = clampOr(settings_.combRatio, 0.0f, 1.0f, 0.0f);
     const auto combFrames = [&](int frames) {
-        return std::max(1, static_cast<int>(static_cast<double>(frames) * settings_.combRatio));
+        return std::max(1, static_cast<int>(frames * combRatio));
     };
     KeyLines& lines = strings.lines;
     lines.length = v128i{frames1, frames2, combFrames(frames1), combFrames(frames2)} * lines.stride;
@@ -198,7 +201,7 @@ float CNoravaKey::getModulator(int destination) const {
         const ModulationSlot& slot = settings_.matrix[s];
         sum += static_cast<double>(slot.amount) * sourceValue(slot.source);
     }
-    return static_cast<float>(std::clamp(sum, -kLimit, kLimit));
+    return static_cast<float>(clampOr(sum, -kLimit, kLimit, 0.0));
 }
 
 }  // namespace norava

@@ -166,6 +166,27 @@ TEST(KeyVoice, StringLengthsKeepPitchAndRatio) {
     }
 }
 
+TEST(KeyVoice, GarbageNeverBecomesALengthOrAStepCount) {
+    for (const float garbage : {NAN, INFINITY, -INFINITY, 1e30f, -1e30f, 2.0f, -2.0f}) {
+        Instrument instrument(fastestKernelPath());
+        std::vector<float> tuning(128, garbage);
+        instrument.settings.keyTuningSemitones = tuning.data();
+        instrument.settings.combRatio = instrument.settings.octaveSelector = garbage;
+        instrument.settings.matrix[0] = {.source = 6, .amount = garbage, .destination = 3};
+        for (CNoravaKey* key : instrument.keys)
+            key->start(1.0f);
+        for (int i = 0; i < 50; ++i)
+            instrument.render(kFrames);
+        for (const CNoravaKey* key : instrument.keys) {
+            const KeyStrings& strings = key->kernelData().strings;
+            ASSERT_GE(strings.pitchRatio, 0.0) << garbage;
+            ASSERT_LE(strings.pitchRatio, kMaxPitchRatio) << garbage;
+            ASSERT_GE(strings.lines.length[kComb1], 4) << garbage;
+            ASSERT_LE(strings.lines.length[kComb1], strings.lines.length[kString1Pair] / 2);
+        }
+    }
+}
+
 // A start clears no line and moves no head. Bent far down, a key steps once in many frames, so that
 // notes also start while a line stands at its end.
 TEST(KeyVoice, AStartGoesOnWhereTheLinesStand) {
