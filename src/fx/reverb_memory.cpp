@@ -7,7 +7,7 @@ namespace norava {
 
 namespace {
 
-// Frames after which nothing counts as empty, whatever the geometry.
+// From here on nothing counts as empty, whatever the geometry.
 constexpr std::int64_t kLongAgo = std::int64_t{1} << 40;
 
 }  // namespace
@@ -103,8 +103,9 @@ void ReverbMemory::fillAhead(int frames) {
     filledUntil_ = framesSinceEmpty_ + kAhead;
 }
 
-// Fills every cell that has not been written since it was declared empty.
+// Fills every cell that has not been written since it was declared empty, once.
 void ReverbMemory::fillEverything() {
+    if (framesSinceEmpty_ >= kLongAgo) return;
     for (ReverbLine& line : lines_) {
         const std::int64_t written = std::min<std::int64_t>(framesSinceEmpty_, line.length);
         const int unwritten = line.length - static_cast<int>(written);

@@ -102,7 +102,7 @@ struct Pair {
 };
 
 TEST(EffectsChain, GivesTheBitsOfItsPlainTwin) {
-    for (const double rate : {1000.0, 8000.0, 44100.0, 48000.0, 192000.0, 768000.0}) {
+    for (const double rate : {1000.0, 8000.0, 44100.0, 48000.0, 192000.0}) {
         Pair pair(rate);
         for (const long frames : {1L, 7L, 48L, 64L, 511L, 512L, 1500L}) {
             pair.setEverythingAtRandom();
