@@ -22,6 +22,13 @@ struct NoiseJump {
     }
 };
 
+// What four keys draw in one frame, the first key's draw being `seed` itself.
+NORAVA_INLINE v128u laneSeeds(std::uint32_t seed) {
+    const std::uint32_t second = seed * kNoiseA + kNoiseC;
+    const std::uint32_t third = second * kNoiseA + kNoiseC;
+    return v128u{seed, second, third, third * kNoiseA + kNoiseC};
+}
+
 // The generator's `steps` steps as one.
 constexpr NoiseJump noiseJump(std::uint32_t steps) {
     NoiseJump result{1, 0};
@@ -47,58 +54,56 @@ struct ExciterLanes {
     F stage1, stage2, stage3, stage4;
 };
 
-// `rows` of a group's keys, turned into lanes; the last two arguments are the first row and the
-// end.
-NORAVA_INLINE void gather(KeyKernelData* const* keys, v128 (&fields)[4 * kExciterRows]) {
-    for (int row = 0; row < kExciterRows; ++row) {
-        v128* f = fields + 4 * row;
+// A group's keys, turned into lanes.
+NORAVA_INLINE void gather(KeyKernelData* const* keys, ExciterLanes<v128>& lanes) {
+    v128* f = &lanes.noiseCoefficient;
+    for (int row = 0; row < kExciterRows; ++row, f += 4) {
+        v128 r[4];
         for (int i = 0; i < 4; ++i)
-            f[i] = loadLanes<v128>(reinterpret_cast<const float*>(&keys[i]->exciter) + 4 * row);
-        transpose(f[0], f[1], f[2], f[3]);
-    }
-}
-
-NORAVA_INLINE void scatter(KeyKernelData* const* keys, v128 (&fields)[4 * kExciterRows]) {
-    for (int row = kFirstExciterStateRow; row < kExciterRows; ++row) {
-        v128* f = fields + 4 * row;
-        transpose(f[0], f[1], f[2], f[3]);
+            r[i] = loadLanes<v128>(&keys[i]->exciter.noiseCoefficient + 4 * row);
+        transpose(r[0], r[1], r[2], r[3]);
         for (int i = 0; i < 4; ++i)
-            storeLanes(reinterpret_cast<float*>(&keys[i]->exciter) + 4 * row, f[i]);
+            f[i] = r[i];
     }
 }
 
-template <class L>
-NORAVA_INLINE ExciterLanes<typename L::F> loadExciter(KeyKernelData* const* keys) {
-    using F = typename L::F;
-    v128 halves[L::kHalves][4 * kExciterRows];
-    for (int h = 0; h < L::kHalves; ++h)
-        gather(keys + 4 * h, halves[h]);
-    F fields[4 * kExciterRows];
-    for (int i = 0; i < 4 * kExciterRows; ++i) {
-        v128 parts[2] = {halves[0][i], halves[L::kHalves - 1][i]};
-        join(parts, fields[i]);
+// The states back to their keys.
+NORAVA_INLINE void scatter(const ExciterLanes<v128>& lanes, KeyKernelData* const* keys) {
+    const v128* f = &lanes.noiseCoefficient + 4 * kFirstExciterStateRow;
+    for (int row = kFirstExciterStateRow; row < kExciterRows; ++row, f += 4) {
+        v128 r[4] = {f[0], f[1], f[2], f[3]};
+        transpose(r[0], r[1], r[2], r[3]);
+        for (int i = 0; i < 4; ++i)
+            storeLanes(&keys[i]->exciter.noiseCoefficient + 4 * row, r[i]);
     }
-    ExciterLanes<F> lanes;
-    static_assert(sizeof lanes == sizeof fields);
-    __builtin_memcpy(&lanes, fields, sizeof lanes);
-    return lanes;
 }
 
-template <class L>
-NORAVA_INLINE void storeExciter(const ExciterLanes<typename L::F>& lanes,
-                                KeyKernelData* const* keys) {
-    using F = typename L::F;
-    F fields[4 * kExciterRows];
-    __builtin_memcpy(fields, &lanes, sizeof lanes);
-    v128 halves[2][4 * kExciterRows];
+NORAVA_INLINE void loadExciter(KeyKernelData* const* keys, ExciterLanes<v128>& lanes) {
+    gather(keys, lanes);
+}
+NORAVA_INLINE void loadExciter(KeyKernelData* const* keys, ExciterLanes<v256>& lanes) {
+    ExciterLanes<v128> halves[2];
+    gather(keys, halves[0]);
+    gather(keys + 4, halves[1]);
     for (int i = 0; i < 4 * kExciterRows; ++i) {
+        const v128 parts[2] = {(&halves[0].noiseCoefficient)[i], (&halves[1].noiseCoefficient)[i]};
+        join(parts, (&lanes.noiseCoefficient)[i]);
+    }
+}
+
+NORAVA_INLINE void storeExciter(const ExciterLanes<v128>& lanes, KeyKernelData* const* keys) {
+    scatter(lanes, keys);
+}
+NORAVA_INLINE void storeExciter(const ExciterLanes<v256>& lanes, KeyKernelData* const* keys) {
+    ExciterLanes<v128> halves[2];
+    for (int i = 4 * kFirstExciterStateRow; i < 4 * kExciterRows; ++i) {
         v128 parts[2];
-        split(fields[i], parts);
-        for (int h = 0; h < L::kHalves; ++h)
-            halves[h][i] = parts[h];
+        split((&lanes.noiseCoefficient)[i], parts);
+        (&halves[0].noiseCoefficient)[i] = parts[0];
+        (&halves[1].noiseCoefficient)[i] = parts[1];
     }
-    for (int h = 0; h < L::kHalves; ++h)
-        scatter(keys + 4 * h, halves[h]);
+    scatter(halves[0], keys);
+    scatter(halves[1], keys + 4);
 }
 
 // One piece of the signals that the groups hand to their strings: per frame, a lane for each key.
@@ -108,17 +113,58 @@ struct PieceSignals {
 };
 
 // Sample-and-hold noise: a draw u in [0, 1] above the key's coefficient becomes the held value.
-// Then the lo-cut, y = b (x - 2 x1 + x2) - (c1 y1 + c2 y2).
+// Then the lo-cut, y = b (x - 2 x1 + x2) - (c1 y1 + c2 y2). Returns y.
+template <class L, class F = typename L::F>
+NORAVA_INLINE F noiseFrame(const ExciterLanes<F>& k, typename L::U& seed, F& held, F& x1, F& x2,
+                           F& y1, F& y2) {
+    using I = typename L::I;
+    constexpr NoiseJump kFrameStep = noiseJump(4);
+    // The sum of the two exact halves rounds once, as a conversion of the unsigned number would.
+    const F high = __builtin_convertvector(bitsAs<I>(seed >> 16), F);
+    const F low = __builtin_convertvector(bitsAs<I>(seed & 0xFFFFu), F);
+    const F u = (high * 65536.0f + low) * (1.0f / 4294967296.0f);
+    seed = seed * kFrameStep.multiplier + kFrameStep.increment;
+    held = select<L>(bitsAs<I>(u > k.noiseCoefficient), u, held);
+    const F x = held * k.noiseMix + k.noiseOffset;
+    const F y = k.loCutB * (x - broadcast<F>(2.0f) * x1 + x2) - (k.loCutC1 * y1 + k.loCutC2 * y2);
+    x2 = x1;
+    x1 = x;
+    y2 = y1;
+    y1 = y;
+    return y;
+}
+
+// Hi-cut: four one-pole stages of coefficient g = envelope x cutoff, the last one fed back to the
+// first and softly clipped by s / (1 + k s^2). Where no key clips the division would be by exactly
+// 1, which changes nothing. Returns the last stage.
+template <class L, bool kClips, class F = typename L::F>
+NORAVA_INLINE F hiCutFrame(const ExciterLanes<F>& k, F y, F& env, F& s1, F& s2, F& s3, F& s4) {
+    env = env + (k.hiCutEnvTarget - env) * k.hiCutEnvRate;
+    const F g = env * k.hiCutCutoff;
+    s1 = s1 + g * (y + k.hiCutFeedback * s4 - s1);
+    s2 = s2 + g * (s1 - s2);
+    s3 = s3 + g * (s2 - s3);
+    s4 = s4 + g * (s3 - s4);
+    if constexpr (kClips) s4 = s4 / (broadcast<F>(1.0f) + k.hiCutClip * (s4 * s4));
+    return s4;
+}
+
+// The amplitude's next frame: an exponential that stops at 1.
+template <class L, class F = typename L::F>
+NORAVA_INLINE F nextAmp(const ExciterLanes<F>& k, F amp) {
+    using I = typename L::I;
+    const F one = broadcast<F>(1.0f);
+    const F next = amp + (k.ampTarget - amp) * k.ampRate;
+    return select<L>(bitsAs<I>(next > one), one, next);
+}
+
+// Noise and lo-cut of N vectors of keys for one piece.
 template <class L, int N>
 NORAVA_INLINE void renderNoise(ExciterLanes<typename L::F>* lanes, typename L::U* seeds, int frames,
                                PieceSignals& out) {
     using F = typename L::F;
-    using U = typename L::U;
-    using I = typename L::I;
-    constexpr NoiseJump kFrameStep = noiseJump(4);
-    const F two = broadcast<F>(2.0f);
     F held[N], x1[N], x2[N], y1[N], y2[N];
-    U seed[N];
+    typename L::U seed[N];
     for (int v = 0; v < N; ++v) {
         held[v] = lanes[v].heldNoise;
         x1[v] = lanes[v].x1;
@@ -129,24 +175,9 @@ NORAVA_INLINE void renderNoise(ExciterLanes<typename L::F>* lanes, typename L::U
     }
     for (int i = 0; i < frames; ++i) {
 #pragma GCC unroll 4
-        for (int v = 0; v < N; ++v) {
-            const ExciterLanes<F>& k = lanes[v];
-            // The sum of the two exact halves rounds once, as a conversion of the unsigned number
-            // would.
-            const F high = __builtin_convertvector(bitsAs<I>(seed[v] >> 16), F);
-            const F low = __builtin_convertvector(bitsAs<I>(seed[v] & 0xFFFFu), F);
-            const F u = (high * 65536.0f + low) * (1.0f / 4294967296.0f);
-            seed[v] = seed[v] * kFrameStep.multiplier + kFrameStep.increment;
-            held[v] = select<L>(bitsAs<I>(u > k.noiseCoefficient), u, held[v]);
-            const F x = held[v] * k.noiseMix + k.noiseOffset;
-            const F y =
-                k.loCutB * (x - two * x1[v] + x2[v]) - (k.loCutC1 * y1[v] + k.loCutC2 * y2[v]);
-            x2[v] = x1[v];
-            x1[v] = x;
-            y2[v] = y1[v];
-            y1[v] = y;
-            storeLanes(&out.exciter[i][4 * L::kHalves * v], y);
-        }
+        for (int v = 0; v < N; ++v)
+            storeLanes(&out.exciter[i][4 * L::kHalves * v],
+                       noiseFrame<L>(lanes[v], seed[v], held[v], x1[v], x2[v], y1[v], y2[v]));
     }
     for (int v = 0; v < N; ++v) {
         lanes[v].heldNoise = held[v];
@@ -158,14 +189,10 @@ NORAVA_INLINE void renderNoise(ExciterLanes<typename L::F>* lanes, typename L::U
     }
 }
 
-// Hi-cut: four one-pole stages of coefficient g = envelope x cutoff, the last one fed back to the
-// first and softly clipped by s / (1 + k s^2); beside it the amplitude, an exponential that stops
-// at 1.
+// Hi-cut and amplitude of N vectors of keys for one piece.
 template <class L, int N, bool kClips>
 NORAVA_INLINE void renderHiCut(ExciterLanes<typename L::F>* lanes, int frames, PieceSignals& out) {
     using F = typename L::F;
-    using I = typename L::I;
-    const F one = broadcast<F>(1.0f);
     F env[N], s1[N], s2[N], s3[N], s4[N], amp[N];
     for (int v = 0; v < N; ++v) {
         env[v] = lanes[v].hiCutEnv;
@@ -178,21 +205,11 @@ NORAVA_INLINE void renderHiCut(ExciterLanes<typename L::F>* lanes, int frames, P
     for (int i = 0; i < frames; ++i) {
 #pragma GCC unroll 4
         for (int v = 0; v < N; ++v) {
-            const ExciterLanes<F>& k = lanes[v];
             float* signal = &out.exciter[i][4 * L::kHalves * v];
-            const F y = loadLanes<F>(signal);
-            env[v] = env[v] + (k.hiCutEnvTarget - env[v]) * k.hiCutEnvRate;
-            const F g = env[v] * k.hiCutCutoff;
-            s1[v] = s1[v] + g * (y + k.hiCutFeedback * s4[v] - s1[v]);
-            s2[v] = s2[v] + g * (s1[v] - s2[v]);
-            s3[v] = s3[v] + g * (s2[v] - s3[v]);
-            s4[v] = s4[v] + g * (s3[v] - s4[v]);
-            if constexpr (kClips) s4[v] = s4[v] / (one + k.hiCutClip * (s4[v] * s4[v]));
-            storeLanes(signal, s4[v]);
-
+            storeLanes(signal, hiCutFrame<L, kClips>(lanes[v], loadLanes<F>(signal), env[v], s1[v],
+                                                     s2[v], s3[v], s4[v]));
             storeLanes(&out.amp[i][4 * L::kHalves * v], amp[v]);
-            const F next = amp[v] + (k.ampTarget - amp[v]) * k.ampRate;
-            amp[v] = select<L>(bitsAs<I>(next > one), one, next);
+            amp[v] = nextAmp<L>(lanes[v], amp[v]);
         }
     }
     for (int v = 0; v < N; ++v) {

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 
+#include "dsp/key_kernel_brief.h"
 #include "dsp/key_kernel_exciter.h"
 #include "dsp/key_kernel_output.h"
 #include "dsp/key_kernel_paths.h"
@@ -50,7 +51,7 @@ struct Kernel {
         typename L::U seeds[N];
         drawSeeds<N>(firstKey, seeds);
         for (int v = 0; v < N; ++v)
-            lanes[v] = loadExciter<L>(job.keys + firstKey + kLanes * v);
+            loadExciter(job.keys + firstKey + kLanes * v, lanes[v]);
         bool clips = false;
         double fastest = 0.0;
         for (int k = 0; k < kKeys; ++k) {
@@ -78,7 +79,7 @@ struct Kernel {
             }
         }
         for (int v = 0; v < N; ++v)
-            storeExciter<L>(lanes[v], job.keys + firstKey + kLanes * v);
+            storeExciter(lanes[v], job.keys + firstKey + kLanes * v);
     }
 
     // Groups draw their block's numbers one after the other.
@@ -86,17 +87,13 @@ struct Kernel {
     void drawSeeds(int firstKey, typename L::U* seeds) {
         const NoiseJump block = noiseJump(4 * static_cast<std::uint32_t>(job.frames));
         for (int v = 0; v < N; ++v) {
-            std::uint32_t lane[4 * L::kHalves];
+            v128u groups[2];
             for (int h = 0; h < L::kHalves; ++h) {
-                std::uint32_t seed = job.noiseSeed;
-                for (int i = 0; i < 4; ++i) {
-                    lane[4 * h + i] = seed;
-                    seed = seed * kNoiseA + kNoiseC;
-                }
+                groups[h] = laneSeeds(job.noiseSeed);
                 if (firstKey + 4 * (L::kHalves * v + h) < job.numSounding)
                     job.noiseSeed = block(job.noiseSeed);
             }
-            seeds[v] = loadLanes<typename L::U>(lane);
+            join(groups, seeds[v]);
         }
     }
 
@@ -176,6 +173,7 @@ struct Kernel {
 
 template <class L>
 void renderKeys(KernelJob& job) {
+    if (job.frames <= kBriefFrames) return renderBriefly(job);
     Kernel<L> kernel(job);
     kernel.render();
 }

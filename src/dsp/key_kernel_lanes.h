@@ -47,6 +47,12 @@ NORAVA_INLINE void join(const v128i* halves, v128i& joined) {
 NORAVA_INLINE void join(const v128i* halves, v256i& joined) {
     joined = __builtin_shufflevector(halves[0], halves[1], 0, 1, 2, 3, 4, 5, 6, 7);
 }
+NORAVA_INLINE void join(const v128u* halves, v128u& joined) {
+    joined = halves[0];
+}
+NORAVA_INLINE void join(const v128u* halves, v256u& joined) {
+    joined = __builtin_shufflevector(halves[0], halves[1], 0, 1, 2, 3, 4, 5, 6, 7);
+}
 NORAVA_INLINE void split(v128 v, v128* halves) {
     halves[0] = v;
 }

@@ -15,15 +15,40 @@ NORAVA_INLINE v128d widen(const float* pair) {
     return __builtin_convertvector(loadLanes<v64>(pair), v128d);
 }
 
+// A key's output gains, laid out for two steps at a time: o = (string 1, string 2) of one step,
+// then of the next.
+struct OutputGains {
+    v128 string1, string2, both;
+
+    NORAVA_INLINE explicit OutputGains(v128 g)
+        : string1(__builtin_shufflevector(g, g, 0, 1, 0, 1)),
+          string2(__builtin_shufflevector(g, g, 2, 3, 2, 3)),
+          both(__builtin_shufflevector(g, g, 0, 2, 0, 2) +
+               __builtin_shufflevector(g, g, 1, 3, 1, 3)) {}
+    // (left, right) of one step, then of the next.
+    NORAVA_INLINE v128 mix(v128 o) const {
+        return __builtin_shufflevector(o, o, 0, 0, 2, 2) * string1 +
+               __builtin_shufflevector(o, o, 1, 1, 3, 3) * string2;
+    }
+};
+
+// The larger of each lane of `peaks` and the magnitude of each lane of `heard`.
+NORAVA_INLINE v128 raisePeaks(v128 peaks, v128 heard) {
+    const v128 magnitude = bitsAs<v128>(bitsAs<v128i>(heard) & 0x7FFFFFFF);
+    return select<BaselineLanes>(bitsAs<v128i>(magnitude > peaks), magnitude, peaks);
+}
+
+// Between the last two step outputs by the phase, times the amplitude, in double precision. phase
+// and amp stand in both lanes.
+NORAVA_INLINE v128d betweenSteps(const v128d* last, v128d phase, v128d amp) {
+    return (last[0] + (last[1] - last[0]) * phase) * amp;
+}
+
 // Turns the step outputs (string 1, string 2) into (left, right) and returns the strings'
 // peaks, raised.
-[[nodiscard]] NORAVA_INLINE v128 mixStrings(StringPiece& piece, v128 peaks) {
+NORAVA_INLINE v128 mixStrings(StringPiece& piece, v128 peaks) {
     KeyStrings& s = *piece.strings;
-    const v128 g = s.outputGain;
-    const v128 string1 = __builtin_shufflevector(g, g, 0, 1, 0, 1);
-    const v128 string2 = __builtin_shufflevector(g, g, 2, 3, 2, 3);
-    const v128 both =
-        __builtin_shufflevector(g, g, 0, 2, 0, 2) + __builtin_shufflevector(g, g, 1, 3, 1, 3);
+    const OutputGains gains(s.outputGain);
     v128d* wide = piece.output;
     wide[0] = v128d{s.previousLeft, s.previousRight};
     wide[1] = v128d{s.currentLeft, s.currentRight};
@@ -33,11 +58,8 @@ NORAVA_INLINE v128d widen(const float* pair) {
     if (steps & 1) storeLanes(out + 2 * steps, loadLanes<double>(out + 2 * (steps - 1)));
     for (int step = 0; step < steps; step += 2) {
         const v128 o = loadLanes<v128>(out + 2 * step);
-        const v128 magnitude = bitsAs<v128>(bitsAs<v128i>(o * both) & 0x7FFFFFFF);
-        peaks = select<BaselineLanes>(bitsAs<v128i>(magnitude > peaks), magnitude, peaks);
-        const v128 mixed = __builtin_shufflevector(o, o, 0, 0, 2, 2) * string1 +
-                           __builtin_shufflevector(o, o, 1, 1, 3, 3) * string2;
-        storeLanes(out + 2 * step, mixed);
+        peaks = raisePeaks(peaks, o * gains.both);
+        storeLanes(out + 2 * step, gains.mix(o));
         wide[step + 2] = widen(out + 2 * step);
         wide[step + 3] = widen(out + 2 * step + 2);
     }
@@ -48,14 +70,6 @@ NORAVA_INLINE v128d widen(const float* pair) {
     s.currentLeft = static_cast<float>(current[0]);
     s.currentRight = static_cast<float>(current[1]);
     return peaks;
-}
-
-// One key's frame: between its last two step outputs by its phase, times its amplitude, in double
-// precision. phase and amp stand in both lanes.
-NORAVA_INLINE v128d keyFrame(const StringPiece& piece, std::int64_t stepsDone, v128d phase,
-                             v128d amp) {
-    const v128d* last = piece.output + stepsDone;
-    return (last[0] + (last[1] - last[0]) * phase) * amp;
 }
 
 // A group's frames, the keys summed in order. `group` is its first key among the scheduled
@@ -71,12 +85,13 @@ NORAVA_INLINE void sumFrames(const StringPiece* pieces, const StepSchedule& sche
         for (int k = 0; k < Keys; k += 2) {
             const v128d phase = loadLanes<v128d>(&schedule.phase[i][group + k]);
             const v128d gain = widen(gains + k);
-            sum = sum + keyFrame(pieces[k], steps[k], __builtin_shufflevector(phase, phase, 0, 0),
-                                 __builtin_shufflevector(gain, gain, 0, 0));
+            sum = sum + betweenSteps(pieces[k].output + steps[k],
+                                     __builtin_shufflevector(phase, phase, 0, 0),
+                                     __builtin_shufflevector(gain, gain, 0, 0));
             if (k + 1 < Keys)
-                sum = sum + keyFrame(pieces[k + 1], steps[k + 1],
-                                     __builtin_shufflevector(phase, phase, 1, 1),
-                                     __builtin_shufflevector(gain, gain, 1, 1));
+                sum = sum + betweenSteps(pieces[k + 1].output + steps[k + 1],
+                                         __builtin_shufflevector(phase, phase, 1, 1),
+                                         __builtin_shufflevector(gain, gain, 1, 1));
         }
         sums[i] = __builtin_convertvector(sum, v64);
     }

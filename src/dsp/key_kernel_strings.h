@@ -73,38 +73,37 @@ struct StringLanes {
 
 // One field of one or two keys as lanes.
 template <class V, class Half>
-NORAVA_INLINE void loadField(V& lanes, const StringPiece* pieces, Half KeyStrings::*field) {
-    const Half halves[2] = {pieces[0].strings->*field,
-                            pieces[sizeof(V) / sizeof(Half) - 1].strings->*field};
+NORAVA_INLINE void loadField(V& lanes, KeyStrings* const* keys, Half KeyStrings::*field) {
+    const Half halves[2] = {keys[0]->*field, keys[sizeof(V) / sizeof(Half) - 1]->*field};
     join(halves, lanes);
 }
 
 template <class V>
-NORAVA_INLINE void loadField(V& lanes, const StringPiece* pieces, v128i KeyLines::*field) {
-    const v128i halves[2] = {pieces[0].strings->lines.*field,
-                             pieces[sizeof(V) / sizeof(v128i) - 1].strings->lines.*field};
+NORAVA_INLINE void loadField(V& lanes, KeyStrings* const* keys, v128i KeyLines::*field) {
+    const v128i halves[2] = {keys[0]->lines.*field,
+                             keys[sizeof(V) / sizeof(v128i) - 1]->lines.*field};
     join(halves, lanes);
 }
 
 template <class L>
-NORAVA_INLINE void loadStrings(StringLanes<L>& k, const StringPiece* pieces) {
-    loadField(k.damping, pieces, &KeyStrings::damping);
-    loadField(k.sharpness, pieces, &KeyStrings::sharpness);
-    loadField(k.gain, pieces, &KeyStrings::gain);
-    loadField(k.inverseLength, pieces, &KeyStrings::inverseLength);
-    loadField(k.combLevel, pieces, &KeyStrings::combLevel);
-    loadField(k.combFeedback, pieces, &KeyStrings::combFeedback);
-    loadField(k.filter1, pieces, &KeyStrings::filter1);
-    loadField(k.filter2, pieces, &KeyStrings::filter2);
-    loadField(k.mean, pieces, &KeyStrings::mean);
-    loadField(k.offsets.next, pieces, &KeyLines::next);
-    loadField(k.offsets.end, pieces, &KeyLines::end);
-    loadField(k.offsets.length, pieces, &KeyLines::length);
-    loadField(k.offsets.stride, pieces, &KeyLines::stride);
+NORAVA_INLINE void loadStrings(StringLanes<L>& k, KeyStrings* const* keys) {
+    loadField(k.damping, keys, &KeyStrings::damping);
+    loadField(k.sharpness, keys, &KeyStrings::sharpness);
+    loadField(k.gain, keys, &KeyStrings::gain);
+    loadField(k.inverseLength, keys, &KeyStrings::inverseLength);
+    loadField(k.combLevel, keys, &KeyStrings::combLevel);
+    loadField(k.combFeedback, keys, &KeyStrings::combFeedback);
+    loadField(k.filter1, keys, &KeyStrings::filter1);
+    loadField(k.filter2, keys, &KeyStrings::filter2);
+    loadField(k.mean, keys, &KeyStrings::mean);
+    loadField(k.offsets.next, keys, &KeyLines::next);
+    loadField(k.offsets.end, keys, &KeyLines::end);
+    loadField(k.offsets.length, keys, &KeyLines::length);
+    loadField(k.offsets.stride, keys, &KeyLines::stride);
 }
 
 template <class L>
-NORAVA_INLINE void storeStrings(const StringLanes<L>& k, StringPiece* pieces) {
+NORAVA_INLINE void storeStrings(const StringLanes<L>& k, KeyStrings* const* keys) {
     v128 filter1[2], filter2[2], mean[2];
     v128i next[2];
     split(k.filter1, filter1);
@@ -112,7 +111,7 @@ NORAVA_INLINE void storeStrings(const StringLanes<L>& k, StringPiece* pieces) {
     split(k.mean, mean);
     split(k.offsets.next, next);
     for (int h = 0; h < L::kHalves; ++h) {
-        KeyStrings& s = *pieces[h].strings;
+        KeyStrings& s = *keys[h];
         s.filter1 = filter1[h];
         s.filter2 = filter2[h];
         s.mean = mean[h];
@@ -120,34 +119,52 @@ NORAVA_INLINE void storeStrings(const StringLanes<L>& k, StringPiece* pieces) {
     }
 }
 
-// Steps `first` to `last` of N vectors of keys. Per step and line: the exciter without its running
-// average is added to the loop, whose head passes two one-poles (with the sharpness fed back from
-// the second) and a soft clipper. Line a of each string is heard together with the comb line that
-// line b feeds. The loop gain needs no glide: each control block begins with its new value.
+// One step of a vector of keys. Per line: the exciter without its running average is added to the
+// loop, whose head passes two one-poles (with the sharpness fed back from the second) and a soft
+// clipper; where the saturation is 0 the clipper would divide by exactly 1. Line a of each string
+// is heard together with the comb line that line b feeds. In: the lines' heads and the combs'; out:
+// what is written in their places. Returns what is heard of string 1 and 2 in the first two lanes.
+// The loop gain needs no glide: each control block begins with its new value.
+template <class L, bool kSaturates, class F = typename L::F>
+NORAVA_INLINE F stepLines(StringLanes<L>& k, F exciter, F saturation, F& head, F& comb) {
+    k.mean = k.mean + (exciter - k.mean) * k.inverseLength;
+    const F driven = exciter - k.mean;
+    k.filter1 = k.filter1 + k.damping * (head + k.sharpness * k.filter2 - k.filter1);
+    k.filter2 = k.filter2 + k.damping * (k.filter1 - k.filter2);
+    if constexpr (kSaturates)
+        k.filter2 = k.filter2 / (broadcast<F>(1.0f) + saturation * (k.filter2 * k.filter2));
+    const F heard = linesA(head) + comb * k.combLevel;
+    comb = comb * k.combFeedback + linesB(head);
+    head = k.filter2 * k.gain + driven;
+    return heard;
+}
+
+// Steps `first` to `last` of N vectors of keys.
 template <class L, int N, bool kSaturates>
 NORAVA_INLINE void runSteps(StringPiece* pieces, int first, int last, float saturationAmount) {
     using F = typename L::F;
     constexpr int kKeys = L::kHalves;
-    const F one = broadcast<F>(1.0f);
     const F saturation = broadcast<F>(saturationAmount);
+    KeyStrings* keys[N * kKeys];
+    unsigned char* memory[N * kKeys];
+    for (int k = 0; k < N * kKeys; ++k) {
+        keys[k] = pieces[k].strings;
+        memory[k] = keys[k]->memory;
+    }
     StringLanes<L> lanes[N];
     for (int v = 0; v < N; ++v)
-        loadStrings<L>(lanes[v], pieces + kKeys * v);
-    unsigned char* memory[N * kKeys];
-    for (int k = 0; k < N * kKeys; ++k)
-        memory[k] = pieces[k].strings->memory;
+        loadStrings<L>(lanes[v], keys + kKeys * v);
 
     for (int step = first; step < last; ++step) {
 #pragma GCC unroll 4
         for (int v = 0; v < N; ++v) {
-            StringLanes<L>& k = lanes[v];
             StringPiece* piece = pieces + kKeys * v;
             alignas(32) std::int32_t offsets[4 * kKeys];
-            k.offsets.step(offsets);
+            lanes[v].offsets.step(offsets);
             // Through memory: taking lanes out of a register costs more than loading them back.
             asm("" : "+m"(offsets));
             LineHeads heads[kKeys];
-            v128 e[2], h[2], c[2];
+            v128 e[2], h[2], c[2], o[2];
             for (int i = 0; i < kKeys; ++i) {
                 heads[i].find(memory[kKeys * v + i], offsets + 4 * i);
                 e[i] = v128_Set(piece[i].exciter[step]);
@@ -158,17 +175,9 @@ NORAVA_INLINE void runSteps(StringPiece* pieces, int first, int last, float satu
             join(e, exciter);
             join(h, head);
             join(c, comb);
-
-            k.mean = k.mean + (exciter - k.mean) * k.inverseLength;
-            const F driven = exciter - k.mean;
-            k.filter1 = k.filter1 + k.damping * (head + k.sharpness * k.filter2 - k.filter1);
-            k.filter2 = k.filter2 + k.damping * (k.filter1 - k.filter2);
-            if constexpr (kSaturates)
-                k.filter2 = k.filter2 / (one + saturation * (k.filter2 * k.filter2));
-            split(k.filter2 * k.gain + driven, h);
-            v128 o[2];
-            split(linesA(head) + comb * k.combLevel, o);
-            split(comb * k.combFeedback + linesB(head), c);
+            split(stepLines<L, kSaturates>(lanes[v], exciter, saturation, head, comb), o);
+            split(head, h);
+            split(comb, c);
             for (int i = 0; i < kKeys; ++i) {
                 heads[i].storeStrings(h[i]);
                 heads[i].storeCombs(c[i]);
@@ -177,7 +186,7 @@ NORAVA_INLINE void runSteps(StringPiece* pieces, int first, int last, float satu
         }
     }
     for (int v = 0; v < N; ++v)
-        storeStrings<L>(lanes[v], pieces + kKeys * v);
+        storeStrings<L>(lanes[v], keys + kKeys * v);
 }
 
 template <class L, int N>
