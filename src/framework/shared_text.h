@@ -17,7 +17,7 @@ namespace norava {
 // publishes it; so a thread that is stopped in the middle of setting holds nobody up. Writers are
 // bounded in time (the audio thread may set), up to kSlots - 2 of them at once; readers begin again
 // only while writers keep overtaking them. kCapacity counts bytes with the terminator.
-template <std::size_t kCapacity>
+template <std::size_t kCapacity, std::size_t kSlots = 8>
 class CSharedText {
   public:
     CSharedText() = default;
@@ -31,7 +31,6 @@ class CSharedText {
 
   private:
     using Word = std::uint64_t;
-    static constexpr std::size_t kSlots = 8;
     static constexpr std::size_t kWords = (kCapacity + sizeof(Word) - 1) / sizeof(Word);
 
     // `state` is twice the ticket of the text that the slot holds, plus 1 while it is being
@@ -49,15 +48,15 @@ class CSharedText {
         0};  // ticket of the newest complete text; slot 0 starts as the empty text 0
 };
 
-template <std::size_t kCapacity>
-bool CSharedText<kCapacity>::HasTerminator(Word word) noexcept {
+template <std::size_t kCapacity, std::size_t kSlots>
+bool CSharedText<kCapacity, kSlots>::HasTerminator(Word word) noexcept {
     std::array<char, sizeof(Word)> bytes;
     std::memcpy(bytes.data(), &word, sizeof(Word));
     return std::memchr(bytes.data(), 0, bytes.size()) != nullptr;
 }
 
-template <std::size_t kCapacity>
-void CSharedText<kCapacity>::Set(std::string_view text) noexcept {
+template <std::size_t kCapacity, std::size_t kSlots>
+void CSharedText<kCapacity, kSlots>::Set(std::string_view text) noexcept {
     std::array<char, kWords * sizeof(Word)> bytes;
     const std::size_t length = CopyText(std::span(bytes).first(kCapacity), text);
     const std::size_t numWords = length / sizeof(Word) + 1;
@@ -88,8 +87,8 @@ void CSharedText<kCapacity>::Set(std::string_view text) noexcept {
     }
 }
 
-template <std::size_t kCapacity>
-std::size_t CSharedText<kCapacity>::Get(std::span<char> to) const noexcept {
+template <std::size_t kCapacity, std::size_t kSlots>
+std::size_t CSharedText<kCapacity, kSlots>::Get(std::span<char> to) const noexcept {
     std::array<char, kWords * sizeof(Word)> bytes;
     for (;;) {
         const std::uint64_t ticket = latest.load(std::memory_order_acquire);

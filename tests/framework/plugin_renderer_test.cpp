@@ -1,21 +1,16 @@
 #include "framework/plugin_renderer.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <bit>
-#include <cmath>
 #include <limits>
 #include <string>
-#include <vector>
 
 #include "framework/test_definition.h"
 
 namespace norava {
 namespace {
-
-using testing::ElementsAre;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -145,46 +140,6 @@ TEST_F(RendererTest, KeepsLongProgramNamesAndCutsThemForReaders) {
     std::array<char, 2000> name;
     EXPECT_EQ(renderer.GetProgramName(name), 1000u);
     EXPECT_EQ(renderer.GetProgramName(text), text.size() - 1);
-}
-
-// Hooks are called after the state that belongs to them has been kept.
-class HookRenderer : public CPluginRenderer {
-  public:
-    void MIDINoteOn(int note) override { Log("on", note, GetNoteVelocity(note)); }
-    void MIDINoteOff(int note) override { Log("off", note, GetNoteVelocity(note)); }
-    void MIDIPitchWheelMoved() override { Log("wheel", 0, GetPitchWheel()); }
-    void MIDICCChanged(int number) override { Log("cc", number, GetController(number)); }
-    void MIDIAftertouchChanged() override { Log("pressure", 0, GetChannelAftertouch()); }
-    void MIDIAftertouchChanged(int note) override { Log("touch", note, GetNoteAftertouch(note)); }
-    void MIDIProgramChanged(int program) override { Log("program", program, 0.0f); }
-
-    std::vector<std::string> calls;
-
-  private:
-    void Log(const std::string& name, int number, float state) {
-        calls.push_back(name + " " + std::to_string(number) + " " +
-                        std::to_string(std::lround(state * 127.0f)));
-    }
-};
-
-TEST(RendererMIDI, KeepsStateBeforeItCallsTheHook) {
-    TestDefinition definition;
-    HookRenderer renderer;
-    renderer.MIDITrnsl_NoteOn(60, 127);
-    renderer.MIDITrnsl_NoteOn(60, 0);
-    renderer.MIDITrnsl_NoteOn(61, 64);
-    renderer.MIDITrnsl_NoteOff(61, 99);
-    renderer.MIDITrnsl_CC(1, 127);
-    renderer.MIDITrnsl_NoteAftertouch(62, 5);
-    renderer.MIDITrnsl_ChnAftertouch(6);
-    renderer.MIDITrnsl_ProgramNum(3);
-    renderer.MIDITrnsl_PitchWheel(-1.0f);
-    EXPECT_THAT(renderer.calls,
-                ElementsAre("on 60 127", "off 60 0", "on 61 64", "off 61 0", "cc 1 127",
-                            "touch 62 5", "pressure 0 6", "program 3 0", "wheel 0 -127"));
-    EXPECT_EQ(renderer.GetController(1), 1.0f);
-    renderer.MIDITrnsl_CC(255, 1);  // past the table, if it were taken as it is
-    EXPECT_EQ(renderer.GetController(127), 1.0f / 127.0f);
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ struct CallReport {
 
 // Watches the calling thread while it lives. Memory and lock functions are counted by twins that
 // the whole process, loaded modules too, finds before the C library's; system calls, however they
-// are made, by the kernel, which sends a signal in place of carrying them out.
+// are made, by the kernel, which sends a signal before it carries the first one out.
 class CallWatch {
   public:
     CallWatch();

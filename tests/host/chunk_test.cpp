@@ -110,7 +110,7 @@ TEST(ModuleChunk, RefusesWhatIsNoState) {
     EXPECT_EQ(instance.LoadChunk(foreign), 0);
     EXPECT_EQ(instance.LoadChunk({'1', 'q', 'z'}), 0);
     const vst::iptr huge = vst::iptr{1} << 40;
-    for (const vst::iptr size : {vst::iptr{-1}, -huge, huge})
+    for (const vst::iptr size : {vst::iptr{-1}, -huge, huge, huge + VstInstance::kChunkSize})
         EXPECT_EQ(instance.Dispatch(vst::effSetChunk, 0, size, foreign.data()), 0);
     EXPECT_EQ(instance.Dispatch(vst::effSetChunk, 0, 588, nullptr), 0);
     EXPECT_EQ(instance.Dispatch(vst::effGetChunk, 0, 0, nullptr), 0);

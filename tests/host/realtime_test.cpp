@@ -43,11 +43,12 @@ TEST(CallWatch, SeesWhatItIsMadeFor) {
     }
     {
         CallWatch watch;
-        getppid();
+        const pid_t parent = getppid();
         const CallReport report = watch.Stop();
         if (!report.systemCallsSeen) GTEST_SKIP() << "this kernel does not report system calls";
         EXPECT_EQ(report.systemCalls, 1);
         EXPECT_EQ(report.firstSystemCall, SYS_getppid);
+        EXPECT_EQ(parent, getppid());
     }
     {
         // The module's calls too: making an instance takes memory.

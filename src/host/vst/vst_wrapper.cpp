@@ -82,7 +82,9 @@ void CVSTWrapper::close() {
 }
 
 void CVSTWrapper::suspend() {
-    if (renderer != nullptr) renderer->Reset(0.0);
+    if (renderer == nullptr) return;
+    renderer->DeleteAllEvents();  // they were meant for a block that does not come any more
+    renderer->Reset(0.0);
 }
 
 void CVSTWrapper::resume() {
