@@ -1,4 +1,5 @@
-// The effects after the voices, in core cycles a frame at 48 kHz.
+// The effects after the voices, in core cycles a frame at 48 kHz, and how many times longer their
+// plain scalar twin takes in the same minute.
 
 #include <benchmark/benchmark.h>
 
@@ -9,79 +10,153 @@
 #include <vector>
 
 #include "benchmarks/cycles.h"
+#include "framework/denormal_guard.h"
 #include "fx/effects_chain.h"
+#include "reference/reference_chain.h"
 
 namespace norava::bench {
 namespace {
 
 constexpr double kSampleRate = 48000.0;
 constexpr int kBlockFrames = 64;
+constexpr DelaySettings kDelay = {0.5f, 0.0f, 0.6f, 0.24f, 0.2f, 0.5f, 0.35f};
 
-// Everything that sounds in a chain, one bit each.
+// What sounds in a chain, one bit each.
 enum Effects : unsigned { none = 0, resonator = 1, chorus = 2, reverb = 4, delay = 8, all = 15 };
 
-// A chain with the given effects at the panel's default settings, the bands spread over the
-// keyboard.
-std::unique_ptr<CNoravaFX> makeChain(unsigned effects) {
-    auto chain = std::make_unique<CNoravaFX>();
-    chain->setSampleRate(kSampleRate);
-    for (long band = 0; band < CResonator::kBands; ++band) {
-        chain->resonator().setBandFreq(band, 0.2f + 0.09f * static_cast<float>(band));
-        chain->resonator().setBandFdbk(band, 0.9f);
-        chain->resonator().setBandOn(band, (effects & resonator) != 0 ? 1.0f : 0.0f);
+// The panel's default settings, the bands spread over the keyboard.
+template <class Bank, class Index>
+void tuneBands(Bank& bank, bool on) {
+    for (Index band = 0; band < CResonator::kBands; ++band) {
+        bank.setBandFreq(band, 0.2f + 0.09f * static_cast<float>(band));
+        bank.setBandFdbk(band, 0.9f);
+        bank.setBandOn(band, on ? 1.0f : 0.0f);
     }
-    chain->chorus().setRate(0.5f);
-    chain->chorus().setDelay(0.5f);
-    chain->chorus().setWet(0.4f);
-    chain->chorus().setEnable((effects & chorus) != 0 ? 1.0f : 0.0f);
-    chain->setReverbEnable((effects & reverb) != 0);
-    chain->setDelayEnable((effects & delay) != 0);
-    chain->delay = {0.5f, 0.0f, 0.6f, 0.24f, 0.2f, 0.5f, 0.35f};
-    return chain;
 }
 
-void chainBlocks(benchmark::State& state, unsigned effects, int blockFrames, float level) {
-    const auto chain = makeChain(effects);
-    std::minstd_rand random(1);
-    std::uniform_real_distribution<float> noise(-level, level);
-    std::vector<float> source(kSampleRate);
-    for (float& sample : source)
-        sample = noise(random);
-    std::vector<float> left(static_cast<std::size_t>(blockFrames));
-    std::vector<float> right(static_cast<std::size_t>(blockFrames));
-    std::size_t at = 0;
-    const auto block = [&] {
-        if (at + left.size() > source.size()) at = 0;
-        std::copy_n(source.begin() + static_cast<long>(at), left.size(), left.begin());
-        std::copy_n(source.begin() + static_cast<long>(at), right.size(), right.begin());
-        at += left.size();
-        chain->process(left.data(), right.data(), left.data(), right.data(), blockFrames);
-    };
-    const int settleBlocks = static_cast<int>(3.0 * kSampleRate) / blockFrames;
-    for (int i = 0; i < settleBlocks; ++i)
-        block();
+struct Product {
+    explicit Product(unsigned effects) {
+        chain.setSampleRate(kSampleRate);
+        tuneBands<CResonator, long>(chain.resonator(), (effects & resonator) != 0);
+        chain.chorus().setRate(0.5f);
+        chain.chorus().setDelay(0.5f);
+        chain.chorus().setWet(0.4f);
+        chain.chorus().setEnable((effects & chorus) != 0 ? 1.0f : 0.0f);
+        chain.setReverbEnable((effects & reverb) != 0);
+        chain.setDelayEnable((effects & delay) != 0);
+        chain.delay = kDelay;
+    }
+    void process(float* left, float* right, int frames) {
+        chain.process(left, right, left, right, frames);
+    }
+    CNoravaFX chain;
+};
 
-    // A few hundred frames a measurement, so that the clock's own cost does not count.
-    const int blocks = std::max(1024 / blockFrames, 1);
+struct PlainTwin {
+    explicit PlainTwin(unsigned effects) {
+        chain.setSampleRate(kSampleRate);
+        tuneBands<reference::Resonator, std::size_t>(chain.resonator, (effects & resonator) != 0);
+        chain.setChorus(0.5f, 0.5f, 0.4f);
+        chain.chorusOn = (effects & chorus) != 0;
+        chain.reverbOn = (effects & reverb) != 0;
+        chain.delayOn = (effects & delay) != 0;
+        chain.settings = kDelay;
+    }
+    void process(float* left, float* right, int frames) { chain.process(left, right, frames); }
+    reference::Chain chain;
+};
+
+// One chain and the sound that goes through it.
+template <class Chain>
+class Rig {
+  public:
+    Rig(unsigned effects, int blockFrames)
+        : chain_(std::make_unique<Chain>(effects)),
+          left_(static_cast<std::size_t>(blockFrames)),
+          right_(left_.size()) {
+        std::minstd_rand random(1);
+        std::uniform_real_distribution<float> noise(-0.1f, 0.1f);
+        for (float& sample : source_)
+            sample = noise(random);
+    }
+    void play(double seconds) {
+        const int blocks = static_cast<int>(seconds * kSampleRate) / static_cast<int>(left_.size());
+        for (int i = 0; i < blocks; ++i)
+            block();
+    }
+    void fallSilent() { std::fill(source_.begin(), source_.end(), 0.0f); }
+    // A thousand frames at least, so that the clock's own cost does not count.
+    double cyclesPerFrame() {
+        const int blocks = std::max(1024 / static_cast<int>(left_.size()), 1);
+        const double cycles = coreCyclesOnce([&] {
+            for (int i = 0; i < blocks; ++i)
+                block();
+        });
+        return cycles / (blocks * static_cast<double>(left_.size()));
+    }
+
+  private:
+    void block() {
+        if (at_ + left_.size() > source_.size()) at_ = 0;
+        std::copy_n(source_.begin() + static_cast<long>(at_), left_.size(), left_.begin());
+        std::copy_n(source_.begin() + static_cast<long>(at_), left_.size(), right_.begin());
+        at_ += left_.size();
+        chain_->process(left_.data(), right_.data(), static_cast<int>(left_.size()));
+    }
+
+    std::unique_ptr<Chain> chain_;
+    std::vector<float> left_, right_;
+    std::vector<float> source_ = std::vector<float>(static_cast<std::size_t>(kSampleRate));
+    std::size_t at_ = 0;
+};
+
+// Silence from the start, sound all the time, or the tail of sound long gone.
+enum class Input { silence, sound, tail };
+
+void effects(benchmark::State& state, unsigned on, int blockFrames, Input input) {
+    const CDenormalGuard guard;
+    Rig<Product> product(on, blockFrames);
+    Rig<PlainTwin> twin(on, blockFrames);
+    if (input == Input::silence) product.fallSilent();
+    if (input == Input::silence) twin.fallSilent();
+    product.play(3.0);
+    twin.play(3.0);
+    if (input == Input::tail) {
+        product.fallSilent();
+        twin.fallSilent();
+        product.play(20.0);
+        twin.play(20.0);
+    }
     double least = std::numeric_limits<double>::infinity();
+    double leastOfTwin = least;
     for (auto _ : state) {
-        least = std::min(least, coreCyclesOnce([&] {
-                             for (int i = 0; i < blocks; ++i)
-                                 block();
-                         }));
+        least = std::min(least, product.cyclesPerFrame());
+        leastOfTwin = std::min(leastOfTwin, twin.cyclesPerFrame());
     }
-    state.counters["cycles/frame"] = least / (blocks * blockFrames);
+    state.counters["cycles/frame"] = least;
+    state.counters["twin/product"] = leastOfTwin / least;
 }
+BENCHMARK_CAPTURE(effects, idle, none, kBlockFrames, Input::silence);
+BENCHMARK_CAPTURE(effects, highPass, none, kBlockFrames, Input::sound);
+BENCHMARK_CAPTURE(effects, resonator, resonator, kBlockFrames, Input::sound);
+BENCHMARK_CAPTURE(effects, chorus, chorus, kBlockFrames, Input::sound);
+BENCHMARK_CAPTURE(effects, reverb, reverb, kBlockFrames, Input::sound);
+BENCHMARK_CAPTURE(effects, delay, delay, kBlockFrames, Input::sound);
+BENCHMARK_CAPTURE(effects, all, all, kBlockFrames, Input::sound);
+BENCHMARK_CAPTURE(effects, allTails, all, kBlockFrames, Input::tail);
+BENCHMARK_CAPTURE(effects, allFramesOf1, all, 1, Input::sound);
+BENCHMARK_CAPTURE(effects, allFramesOf512, all, 512, Input::sound);
 
-BENCHMARK_CAPTURE(chainBlocks, idle, none, kBlockFrames, 0.0f);
-BENCHMARK_CAPTURE(chainBlocks, highPassOnly, none, kBlockFrames, 0.1f);
-BENCHMARK_CAPTURE(chainBlocks, resonator, resonator, kBlockFrames, 0.1f);
-BENCHMARK_CAPTURE(chainBlocks, chorus, chorus, kBlockFrames, 0.1f);
-BENCHMARK_CAPTURE(chainBlocks, reverb, reverb, kBlockFrames, 0.1f);
-BENCHMARK_CAPTURE(chainBlocks, delay, delay, kBlockFrames, 0.1f);
-BENCHMARK_CAPTURE(chainBlocks, all, all, kBlockFrames, 0.1f);
-BENCHMARK_CAPTURE(chainBlocks, allFramesOf1, all, 1, 0.1f);
-BENCHMARK_CAPTURE(chainBlocks, allFramesOf512, all, 512, 0.1f);
+// Milliseconds that a chain takes to be made for 44.1 kHz and go on to 48 kHz.
+void effectsMade(benchmark::State& state) {
+    for (auto _ : state) {
+        auto chain = std::make_unique<CNoravaFX>();
+        chain->setSampleRate(44100.0);
+        chain->setSampleRate(kSampleRate);
+        benchmark::DoNotOptimize(chain);
+    }
+}
+BENCHMARK(effectsMade)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace norava::bench
