@@ -1,0 +1,20 @@
+#pragma once
+
+#include "gui/window_port.h"
+
+namespace norava {
+
+// A window port in a window of its own, which follows its size and closes when the user closes it.
+class CWindowPortStandalone : public CWindowPort {
+  public:
+    using CWindowPort::CWindowPort;
+    using CWindowPort::Open;
+    using CWindowPort::SetSize;
+
+    // There is no parent to open in.
+    bool Open(void* parent) override;
+    // A window cannot be smaller than one pixel.
+    void SetSize(CSize newSize) override;
+};
+
+}  // namespace norava
