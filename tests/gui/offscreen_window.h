@@ -1,0 +1,109 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "gui/platform/offscreen_view.h"
+#include "gui/window_port.h"
+
+namespace norava::test {
+
+using Log = std::vector<std::string>;
+
+// A window that writes down what its controls report, shown in an off-screen view.
+class OffscreenWindow : public CWindowPort {
+  public:
+    explicit OffscreenWindow(CSize windowSize = CSize(100, 80), int scale = 1)
+        : CWindowPort(scale) {
+        SetSize(windowSize);
+        SetViewFactory([this](PlatformEvents& events, void*, CSize viewSize, int viewScale) {
+            auto made = std::make_unique<OffscreenView>(events, viewSize, viewScale);
+            view = made.get();
+            return made;
+        });
+    }
+    ~OffscreenWindow() override { Close(); }
+
+    // Opens the window; the view is there until it is closed.
+    OffscreenView& Show() {
+        if (!IsOpen() && !Open()) std::abort();
+        return *view;
+    }
+
+    void DrawBackground(CRect part) override {
+        CWindowPort::DrawBackground(part);
+        if (paintBackground) paintBackground(*GetGraphicBuffer(), part);
+    }
+    bool ControlClicked(CControl* control) override {
+        log.push_back("clicked " + std::to_string(control->GetID()));
+        return true;
+    }
+    bool ControlReleased(CControl* control) override {
+        log.push_back("released " + std::to_string(control->GetID()));
+        return true;
+    }
+    bool ControlValueChanged(CControl* control, float) override {
+        log.push_back("changed " + std::to_string(control->GetID()));
+        return true;
+    }
+
+    OffscreenView* view = nullptr;
+    std::function<void(CGraphicBuffer&, CRect)> paintBackground;
+    Log log;
+};
+
+// A coloured rectangle that writes down its events and then does what the test wants.
+class TestControl : public CControl {
+  public:
+    TestControl(Log& sharedLog, int controlId, CRect controlRect) : log(sharedLog) {
+        SetID(controlId);
+        SetRect(controlRect);
+    }
+
+    void DrawToBuffer() override {
+        DrawBackground();
+        CGraphicBuffer* buffer = GetGraphicBuffer();
+        if (!buffer) return;
+        ++drawn;
+        CColor color(60 + 10 * GetID(), 40, static_cast<int>(200 * GetValue()), 200);
+        buffer->FillRect(GetRect(), &color);
+    }
+
+    bool MouseDoubleClick() override { return Note("double"); }
+    bool MouseDown() override { return Note("down"); }
+    bool MouseUp() override { return Note("up"); }
+    bool MouseMove() override { return Note("move"); }
+    bool MouseWheel(float, float up) override { return Note(up > 0 ? "wheel up" : "wheel down"); }
+    bool KeyDown(int key) override { return Note("key " + std::to_string(key)); }
+    bool KeyUp(int) override { return Note("key up"); }
+    bool TimerEvent() override { return Note("timer"); }
+    bool TookFocus() override { return Note("took focus"); }
+    bool LostFocus() override { return Note("lost focus"); }
+    [[nodiscard]] bool WantsKeys() const override { return wantsKeys; }
+
+    // Called with the event's name; its answer is the handler's.
+    std::function<bool(TestControl&, const std::string&)> act;
+    bool wantsKeys = false;
+    int drawn = 0;
+
+  private:
+    bool Note(const std::string& event) {
+        log.push_back(event + " " + std::to_string(GetID()));
+        // The copy lives on when acting deletes this control after all.
+        const auto action = act;
+        return action ? action(*this, event) : true;
+    }
+
+    Log& log;
+};
+
+// How many of an entry.
+inline long Count(const Log& log, const std::string& entry) {
+    return std::count(log.begin(), log.end(), entry);
+}
+
+}  // namespace norava::test
