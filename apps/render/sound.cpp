@@ -1,37 +1,17 @@
 #include "render/sound.h"
 
-#include <charconv>
-#include <cmath>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <string>
 
 #include "parameters/parameter_table.h"
+#include "program_text/text_tokens.h"
+#include "program_text/value_text.h"
 #include "render/bad_input.h"
 
 namespace norava {
 
 namespace {
-
-std::string_view Trim(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
-std::string Quoted(std::string_view text) {
-    return "'" + std::string(text) + "'";
-}
-
-template <typename Number>
-std::optional<Number> ParseNumber(std::string_view text) {
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return number;
-}
 
 int ParseParameter(std::string_view text) {
     const int byName = FindParameter(text);
@@ -41,28 +21,6 @@ int ParseParameter(std::string_view text) {
                        " (--list-parameters shows them all)");
     }
     return index;
-}
-
-// Selectors run over the items of their menu, everything else over 0..1.
-float HighestValue(const Parameter& parameter) {
-    return parameter.items.empty() ? 1.0f : float(parameter.items.size() - 1);
-}
-
-float ParseValue(const Parameter& parameter, std::string_view text) {
-    for (std::size_t item = 0; item < parameter.items.size(); ++item) {
-        if (text == parameter.items[item]) return float(item);
-    }
-    if (parameter.curve.shape == CurveShape::onOff) {
-        if (text == "on") return 1.0f;
-        if (text == "off") return 0.0f;
-    }
-    const std::optional<float> value = ParseNumber<float>(text);
-    const float highest = HighestValue(parameter);
-    if (!value || !(*value >= 0.0f && *value <= highest)) {
-        throw BadInput(std::string("parameter ") + Quoted(parameter.name) + " takes 0.." +
-                       std::to_string(int(highest)) + ", not " + Quoted(text));
-    }
-    return *value;
 }
 
 }  // namespace
