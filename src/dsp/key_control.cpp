@@ -34,6 +34,42 @@ constexpr std::uint32_t bit(ModulationDestination d) {
 
 }  // namespace
 
+NORAVA_INLINE void CNoravaKey::updateHiCutEnvelope() {
+    KeyExciter& exciter = data_.exciter;
+    if (secondsSinceRelease_ >= 0.0) {
+        exciter.hiCutEnvTarget = 0.0f;
+        exciter.hiCutEnvRate = 0.002f;
+    } else if (secondsSinceStart_ <= hiCutAttackSeconds_) {
+        exciter.hiCutEnvTarget = 1.0f;
+        exciter.hiCutEnvRate = hiCutAttackRate_;
+    } else {
+        const double sustain = settings_.hiCutSustain;
+        exciter.hiCutEnvTarget = static_cast<float>(sustain * sustain);
+        exciter.hiCutEnvRate = hiCutDecayRate_;
+    }
+}
+
+// Returns false when the release is over: the key has then been reset.
+NORAVA_INLINE bool CNoravaKey::updateAmpEnvelope(double blockSeconds) {
+    KeyExciter& exciter = data_.exciter;
+    if (secondsSinceRelease_ >= 0.0) {
+        if (secondsSinceRelease_ > settings_.ampReleaseSeconds) {
+            reset();
+            return false;
+        }
+        exciter.ampTarget = 0.0f;
+        exciter.ampRate = ampReleaseRate_;
+        secondsSinceRelease_ += blockSeconds;
+    } else if (settings_.ampAttackSeconds > secondsSinceStart_) {
+        exciter.ampTarget = kAttackTarget;
+        exciter.ampRate = ampAttackRate_;
+    } else {
+        exciter.ampTarget = settings_.ampSustain;
+        exciter.ampRate = ampDecayRate_;
+    }
+    return true;
+}
+
 void CNoravaKey::updateParams(int frames) {
     if (!active_) return;
     using enum ModulationDestination;
@@ -211,42 +247,6 @@ void CNoravaKey::updateUnmodulated() {
     ampAttackRate_ = static_cast<float>(kSegmentDecay / (attack * kAttackStretch * kRate));
     ampDecayRate_ = static_cast<float>(kSegmentDecay / (decay * kRate));
     ampReleaseRate_ = static_cast<float>(kSegmentDecay / (releaseSeconds * kRate));
-}
-
-void CNoravaKey::updateHiCutEnvelope() {
-    KeyExciter& exciter = data_.exciter;
-    if (secondsSinceRelease_ >= 0.0) {
-        exciter.hiCutEnvTarget = 0.0f;
-        exciter.hiCutEnvRate = 0.002f;
-    } else if (secondsSinceStart_ <= hiCutAttackSeconds_) {
-        exciter.hiCutEnvTarget = 1.0f;
-        exciter.hiCutEnvRate = hiCutAttackRate_;
-    } else {
-        const double sustain = settings_.hiCutSustain;
-        exciter.hiCutEnvTarget = static_cast<float>(sustain * sustain);
-        exciter.hiCutEnvRate = hiCutDecayRate_;
-    }
-}
-
-// Returns false when the release is over: the key has then been reset.
-bool CNoravaKey::updateAmpEnvelope(double blockSeconds) {
-    KeyExciter& exciter = data_.exciter;
-    if (secondsSinceRelease_ >= 0.0) {
-        if (secondsSinceRelease_ > settings_.ampReleaseSeconds) {
-            reset();
-            return false;
-        }
-        exciter.ampTarget = 0.0f;
-        exciter.ampRate = ampReleaseRate_;
-        secondsSinceRelease_ += blockSeconds;
-    } else if (settings_.ampAttackSeconds > secondsSinceStart_) {
-        exciter.ampTarget = kAttackTarget;
-        exciter.ampRate = ampAttackRate_;
-    } else {
-        exciter.ampTarget = settings_.ampSustain;
-        exciter.ampRate = ampDecayRate_;
-    }
-    return true;
 }
 
 }  // namespace norava

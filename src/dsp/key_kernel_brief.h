@@ -32,7 +32,6 @@ NORAVA_INLINE void stepBriefly(KeyStrings* const* keys, const float* exciter, v1
         loadStrings<BaselineLanes>(lanes[k], keys + k);
         lanes[k].offsets.step(offsets[k]);
     }
-    asm("" : "+m"(offsets));
 #pragma GCC unroll 4
     for (int k = 0; k < N; ++k) {
         heads[k].find(keys[k]->memory, offsets[k]);
@@ -98,6 +97,7 @@ struct BriefSignals {
 
 // The filters of all groups come first, then all strings: each group's recurrences are long, and
 // only others' work can fill the time that they take.
+template <bool kClips>
 NORAVA_INLINE void filterBriefly(KernelJob& job, BriefSignals* signals) {
     for (int first = 0; first < job.numSounding; first += 4) {
         BriefSignals& out = signals[first / 4];
@@ -106,8 +106,8 @@ NORAVA_INLINE void filterBriefly(KernelJob& job, BriefSignals* signals) {
         v128u seed = laneSeeds(job.noiseSeed);
         for (int i = 0; i < job.frames; ++i) {
             const v128 y = noiseFrame<BaselineLanes>(k, seed, k.heldNoise, k.x1, k.x2, k.y1, k.y2);
-            out.exciter[i] = hiCutFrame<BaselineLanes, true>(k, y, k.hiCutEnv, k.stage1, k.stage2,
-                                                             k.stage3, k.stage4);
+            out.exciter[i] = hiCutFrame<BaselineLanes, kClips>(k, y, k.hiCutEnv, k.stage1, k.stage2,
+                                                               k.stage3, k.stage4);
             out.amp[i] = k.amp;
             k.amp = nextAmp<BaselineLanes>(k, k.amp);
         }
@@ -138,7 +138,11 @@ NORAVA_INLINE void renderGroupBriefly(KernelJob& job, int first, const BriefSign
 template <bool kSaturates>
 NORAVA_INLINE void renderBriefly(KernelJob& job, v128& peaks) {
     BriefSignals signals[kMaxBriefGroups];
-    filterBriefly(job, signals);
+    // Every key carries the instrument's one clip amount.
+    if (job.keys[0]->exciter.hiCutClip != 0.0f)
+        filterBriefly<true>(job, signals);
+    else
+        filterBriefly<false>(job, signals);
     int first = 0;
     for (; first + 4 <= job.numSounding; first += 4)
         renderGroupBriefly<4, kSaturates>(job, first, signals[first / 4], peaks);
