@@ -97,7 +97,10 @@ void playAgainstReference(KernelPath path, unsigned seed, int blocks) {
                 twin.keys[k].release();
             }
         }
-        const int frames = dice.chance(0.2f) ? 1 + dice.below(kMaxBlock) : 48;
+        // The usual chunk, hosts that cut at every event, and everything between.
+        const int frames = dice.chance(0.4f)   ? 48
+                           : dice.chance(0.5f) ? 1 + dice.below(8)
+                                               : 1 + dice.below(kMaxBlock);
         product.render(frames);
         twin.render(frames);
         for (int i = 0; i < frames; ++i) {
