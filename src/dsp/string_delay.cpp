@@ -79,15 +79,18 @@ float CStringDelay::GetFrame(float input) {
     const float written = flushTiny(input) + feedback_ * state_;
 
     phase_ += rate_;
-    if (phase_ >= 1.0) {
-        write_->endPass(*read_, phase_, written);
-        phase_ -= 1.0;
-        std::swap(write_, read_);
-        write_->count = 0;
-        write_->rate = rate_;
-    }
+    if (phase_ >= 1.0) endPass(written);
     write_->append(phase_, written);
     return delayed;
+}
+
+// What was written becomes what is read.
+void CStringDelay::endPass(float value) {
+    write_->endPass(*read_, phase_, value);
+    phase_ -= 1.0;
+    std::swap(write_, read_);
+    write_->count = 0;
+    write_->rate = rate_;
 }
 
 void CStringDelay::reset() {

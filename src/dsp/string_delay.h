@@ -48,6 +48,8 @@ class CStringDelay {
   private:
     friend class StringLanes;
 
+    void endPass(float value);
+
     float state_ = 0.0f;
     float feedback_ = 0.0f;
     std::array<CTapeDelayBuffer, 2> stores_;

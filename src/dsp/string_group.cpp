@@ -1,13 +1,61 @@
 #include "dsp/string_group.h"
 
 #include <algorithm>
-#include <utility>
+#include <bit>
+#include <cstdint>
 
 #include "dsp/numbers.h"
 
 namespace norava {
 
-// The lines in flight, two to a pair of double-precision lanes.
+namespace {
+
+// Two lines in flight. What is named 0 belongs to the entry before the phase; stamps take part in
+// the interpolation in single precision.
+struct StringPair {
+    v128d phase;
+    v128d rate;
+    v128d sounds;  // all bits set in lanes whose read store holds a pass
+    v128d stamp0;
+    v128 rounded0;
+    v128d sample0;
+    std::array<const std::byte*, 2> read;  // the entry at or behind the phase
+    std::array<std::byte*, 2> write;
+
+    // Whether the phase of each lane lies between the two entries, and within the pass.
+    NORAVA_INLINE v128i inStep(v128d stamp1) const {
+        const v128i between = isLess(stamp0, phase) & isAtMost(phase, stamp1);
+        return (between | ~bitsAs<v128i>(sounds)) & isLess(phase, v128d{1.0, 1.0});
+    }
+
+    NORAVA_INLINE v128d stamps(std::size_t offset) const {
+        return loadPairD(read[0] + offset, read[1] + offset);
+    }
+
+    // The sample at the phase; goes on to the next entry.
+    NORAVA_INLINE v128d play(v128d stamp1, std::size_t offset) {
+        const std::size_t sampleOffset = offset + sizeof(double);
+        const v128 rounded1 = narrow(stamp1);
+        const v128d t = (phase - widen(rounded0)) / widen(rounded1 - rounded0);
+        const v128d sample1 = widen(loadPairF(read[0] + sampleOffset, read[1] + sampleOffset));
+        const v128d sample = sample0 + (sample1 - sample0) * t;
+        rounded0 = rounded1;
+        stamp0 = stamp1;
+        sample0 = sample1;
+        return sample;
+    }
+
+    // Stores lane i of a line's sample, given twice over, with its phase.
+    NORAVA_INLINE void record(v128 twice, std::size_t offset) const {
+        const v128d samples = bitsAs<v128d>(twice);
+        storeLanes(write[0] + offset, __builtin_shufflevector(phase, samples, 0, 2));
+        storeLanes(write[1] + offset, __builtin_shufflevector(phase, samples, 1, 3));
+    }
+};
+
+}  // namespace
+
+// The lines in flight.
 class StringLanes {
   public:
     StringLanes(CStringDelay* const* lines, int count);
@@ -28,48 +76,44 @@ class StringLanes {
     int steadyFrames() const;
 
   private:
-    static std::size_t at(int lane) { return static_cast<std::size_t>(lane); }
-    double& phase(int lane) { return phases_[at(lane)]; }
-    void endPass(int lane);
+    CStringDelay& line(int lane) const { return *lines_[static_cast<std::size_t>(lane)]; }
+    StringPair& pairOf(int lane) { return pairs_[static_cast<std::size_t>(lane / 2)]; }
+    void endPass(CStringDelay& line, float written) const;
 
     std::array<CStringDelay*, StringGroup::kLanes> lines_;
     int count_;
-    std::array<double, StringGroup::kLanes> phases_;
-    std::array<double, StringGroup::kLanes> rates_;
-    std::array<double, StringGroup::kLanes> stamps0_;
-    std::array<float, StringGroup::kLanes> samples0_;
-    std::array<const std::byte*, StringGroup::kLanes> read_;
-    std::array<std::byte*, StringGroup::kLanes> write_;
+    std::array<StringPair, StringGroup::kLanes / 2> pairs_;
     v128 state_, feedback_, damping_;
     v128 written_{};
-    v128i sounds_;
 };
 
 StringLanes::StringLanes(CStringDelay* const* lines, int count) : count_(count) {
     for (int lane = 0; lane < StringGroup::kLanes; ++lane) {
         // Lanes without a line of their own go along with the first: same values to the same
         // places.
-        CStringDelay* line = lines[lane < count ? lane : 0];
-        lines_[at(lane)] = line;
-        phases_[at(lane)] = line->phase_;
-        rates_[at(lane)] = line->rate_;
-        state_[lane] = line->state_;
-        feedback_[lane] = line->feedback_;
-        damping_[lane] = line->damping;
+        CStringDelay* source = lines[lane < count ? lane : 0];
+        lines_[static_cast<std::size_t>(lane)] = source;
+        pairOf(lane).rate[lane % 2] = source->rate_;
+        state_[lane] = source->state_;
+        feedback_[lane] = source->feedback_;
+        damping_[lane] = source->damping;
     }
 }
 
 void StringLanes::seek() {
     for (int lane = 0; lane < StringGroup::kLanes; ++lane) {
-        CStringDelay& line = *lines_[at(lane)];
-        const bool sounds = line.read_->seek(phase(lane));
-        const int index = line.read_->readIndex;
-        const CTapeDelayBuffer::Entry previous = line.read_->entry(index - 1);
-        stamps0_[at(lane)] = previous.stamp;
-        samples0_[at(lane)] = previous.sample;
-        read_[at(lane)] = line.read_->entryAddress(index);
-        write_[at(lane)] = line.write_->entryAddress(line.write_->count);
-        sounds_[lane] = sounds ? -1 : 0;
+        CStringDelay& l = line(lane);
+        StringPair& pair = pairOf(lane);
+        const int half = lane % 2;
+        const bool sounds = l.read_->seek(l.phase_);
+        const CTapeDelayBuffer::Entry previous = l.read_->entry(l.read_->readIndex - 1);
+        pair.phase[half] = l.phase_;
+        pair.sounds[half] = std::bit_cast<double>(std::int64_t{sounds ? -1 : 0});
+        pair.stamp0[half] = previous.stamp;
+        pair.rounded0[half] = static_cast<float>(previous.stamp);
+        pair.sample0[half] = static_cast<double>(previous.sample);
+        pair.read[static_cast<std::size_t>(half)] = l.read_->entryAddress(l.read_->readIndex);
+        pair.write[static_cast<std::size_t>(half)] = l.write_->entryAddress(l.write_->count);
     }
 }
 
@@ -79,15 +123,15 @@ int StringLanes::steadyFrames() const {
     constexpr double kMargin = 1e-9;
     double frames = StringGroup::kLongestLine;
     for (int lane = 0; lane < count_; ++lane) {
-        const CStringDelay& line = *lines_[at(lane)];
-        const double rate = line.rate_;
-        const double toEnd = 1.0 - kMargin - line.phase_;
-        if (line.read_->count > 0) {
+        const CStringDelay& l = line(lane);
+        const double rate = l.rate_;
+        const double toEnd = 1.0 - kMargin - l.phase_;
+        if (l.read_->count > 0) {
             // At the same rate as in the pass before, the phase keeps its distance from the entry
             // behind it.
-            const double ahead = line.read_->entry(line.read_->readIndex).stamp - line.phase_;
+            const double ahead = l.read_->entry(l.read_->readIndex).stamp - l.phase_;
             const bool keepsStep =
-                line.read_->rate == rate && ahead > kMargin && ahead < rate - kMargin;
+                l.read_->rate == rate && ahead > kMargin && ahead < rate - kMargin;
             if (!keepsStep) return 0;
         }
         frames = std::min(frames, toEnd / rate);
@@ -97,96 +141,49 @@ int StringLanes::steadyFrames() const {
 
 void StringLanes::settle(int frames) {
     for (int lane = 0; lane < count_; ++lane) {
-        CStringDelay& line = *lines_[at(lane)];
-        line.write_->count += frames;
-        if (line.read_->count > 0) line.read_->readIndex += frames - 1;
-        if (phase(lane) >= 1.0) endPass(lane);
-        line.phase_ = phase(lane);
-        line.state_ = state_[lane];
+        CStringDelay& l = line(lane);
+        l.write_->count += frames;
+        if (l.read_->count > 0) l.read_->readIndex += frames - 1;
+        l.phase_ = pairOf(lane).phase[lane % 2];
+        l.state_ = state_[lane];
+        if (l.phase_ >= 1.0) endPass(l, written_[lane]);
     }
-    for (int lane = count_; lane < StringGroup::kLanes; ++lane)
-        phase(lane) = phase(0);
 }
 
 // The last entry written is the sentinel of the pass, and opens the next one too.
-void StringLanes::endPass(int lane) {
-    CStringDelay& line = *lines_[at(lane)];
-    const float written = written_[lane];
+void StringLanes::endPass(CStringDelay& line, float written) const {
     --line.write_->count;
-    line.write_->endPass(*line.read_, phase(lane), written);
-    phase(lane) -= 1.0;
-    std::swap(line.write_, line.read_);
-    line.write_->count = 0;
-    line.write_->rate = line.rate_;
-    line.write_->append(phase(lane), written);
+    line.endPass(written);
+    line.write_->append(line.phase_, written);
 }
 
 template <bool kSteady>
 int StringLanes::run(const v128* inputs, v128* outputs, int frame, int end) {
-    const v128d one = {1.0, 1.0};
-    const v128i sounds = sounds_;
-    v128d phaseA = {phases_[0], phases_[1]}, phaseB = {phases_[2], phases_[3]};
-    const v128d rateA = {rates_[0], rates_[1]}, rateB = {rates_[2], rates_[3]};
-    v128d lastA = {stamps0_[0], stamps0_[1]}, lastB = {stamps0_[2], stamps0_[3]};
-    v128 stamp0A = narrow(lastA), stamp0B = narrow(lastB);
-    v128d start0A = widen(stamp0A), start0B = widen(stamp0B);
-    v128d sample0A = widen(v128{samples0_[0], samples0_[1]});
-    v128d sample0B = widen(v128{samples0_[2], samples0_[3]});
-    v128 state = state_, written = written_;
+    StringPair a = pairs_[0];
+    StringPair b = pairs_[1];
+    const v128 sounds = bitsAs<v128>(
+        __builtin_shufflevector(bitsAs<v128i>(a.sounds), bitsAs<v128i>(b.sounds), 0, 2, 4, 6));
     const v128 feedback = feedback_, damping = damping_;
-    const std::byte* const read0 = read_[0];
-    const std::byte* const read1 = read_[1];
-    const std::byte* const read2 = read_[2];
-    const std::byte* const read3 = read_[3];
-    std::byte* const write0 = write_[0];
-    std::byte* const write1 = write_[1];
-    std::byte* const write2 = write_[2];
-    std::byte* const write3 = write_[3];
+    v128 state = state_, written = written_;
     std::size_t offset = 0;
     for (; frame < end; ++frame, offset += CTapeDelayBuffer::kSlotBytes) {
-        const v128d stampsA = loadPairD(read0 + offset, read1 + offset);
-        const v128d stampsB = loadPairD(read2 + offset, read3 + offset);
-        if constexpr (!kSteady) {
-            const v128i inStepA = isLess(lastA, phaseA) & isAtMost(phaseA, stampsA);
-            const v128i inStepB = isLess(lastB, phaseB) & isAtMost(phaseB, stampsB);
-            const v128i ok = (inStepA | ~__builtin_shufflevector(sounds, sounds, 0, 0, 1, 1)) &
-                             (inStepB | ~__builtin_shufflevector(sounds, sounds, 2, 2, 3, 3)) &
-                             isLess(phaseA, one) & isLess(phaseB, one);
-            if (!allTrue(ok)) break;
-            lastA = stampsA;
-            lastB = stampsB;
-        }
+        const v128d stampsA = a.stamps(offset);
+        const v128d stampsB = b.stamps(offset);
+        if (!kSteady && !allTrue(a.inStep(stampsA) & b.inStep(stampsB))) break;
 
-        // Interpolation between the two entries, in double precision on single-precision stamps.
-        const v128 stamp1A = narrow(stampsA), stamp1B = narrow(stampsB);
-        const v128d tA = (phaseA - start0A) / widen(stamp1A - stamp0A);
-        const v128d tB = (phaseB - start0B) / widen(stamp1B - stamp0B);
-        const v128d sample1A = widen(loadPairF(read0 + offset + 8, read1 + offset + 8));
-        const v128d sample1B = widen(loadPairF(read2 + offset + 8, read3 + offset + 8));
-        v128 delayed =
-            narrow(sample0A + (sample1A - sample0A) * tA, sample0B + (sample1B - sample0B) * tB);
-        delayed = flushTiny(bitsAs<v128>(bitsAs<v128i>(delayed) & sounds));
+        const v128 played = narrow(a.play(stampsA, offset), b.play(stampsB, offset));
+        const v128 delayed = flushTiny(bitsAs<v128>(bitsAs<v128i>(played) & bitsAs<v128i>(sounds)));
         state = state + (delayed - state) * damping;
         written = inputs[frame] + feedback * state;
         outputs[frame] = delayed;
-        phaseA += rateA;
-        phaseB += rateB;
 
-        stamp0A = stamp1A;
-        stamp0B = stamp1B;
-        start0A = widen(stamp1A);
-        start0B = widen(stamp1B);
-        sample0A = sample1A;
-        sample0B = sample1B;
-
-        const v128d twiceA = bitsAs<v128d>(__builtin_shufflevector(written, written, 0, 0, 1, 1));
-        const v128d twiceB = bitsAs<v128d>(__builtin_shufflevector(written, written, 2, 2, 3, 3));
-        storeLanes(write0 + offset, __builtin_shufflevector(phaseA, twiceA, 0, 2));
-        storeLanes(write1 + offset, __builtin_shufflevector(phaseA, twiceA, 1, 3));
-        storeLanes(write2 + offset, __builtin_shufflevector(phaseB, twiceB, 0, 2));
-        storeLanes(write3 + offset, __builtin_shufflevector(phaseB, twiceB, 1, 3));
+        a.phase += a.rate;
+        b.phase += b.rate;
+        a.record(__builtin_shufflevector(written, written, 0, 0, 1, 1), offset);
+        b.record(__builtin_shufflevector(written, written, 2, 2, 3, 3), offset);
     }
-    phases_ = {phaseA[0], phaseA[1], phaseB[0], phaseB[1]};
+    pairs_[0].phase = a.phase;
+    pairs_[1].phase = b.phase;
     state_ = state;
     written_ = written;
     return frame;
