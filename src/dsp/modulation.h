@@ -53,11 +53,12 @@ using ModulationMatrix = std::array<ModulationSlot, kModulationSlots>;
 // The matrix, decoded once per change of settings: which slots reach a destination, and which
 // destinations are reached by a source that moves by itself between two control blocks.
 struct ModulationPlan {
-    std::uint32_t revision =
-        0;  // SoundSettings::revision this was decoded from; 0 never occurs there
-    std::array<std::uint8_t, kModulationDestinations>
-        slots{};               // bit s: slot s has a source and leads here
-    std::uint32_t moving = 0;  // bit d: the envelope or the LFO leads to destination d
+    // SoundSettings::revision that this was decoded from; 0 never occurs there.
+    std::uint32_t revision = 0;
+    // By destination; bit s: slot s has a source and leads here.
+    std::array<std::uint8_t, kModulationDestinations> slots{};
+    // Bit d: the envelope or the LFO leads to destination d.
+    std::uint32_t moving = 0;
 
     void decode(const ModulationMatrix& matrix, std::uint32_t matrixRevision);
     bool moves(ModulationDestination d) const { return (moving >> static_cast<int>(d) & 1u) != 0; }

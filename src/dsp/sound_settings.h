@@ -8,14 +8,15 @@
 // What a key voice knows of the instrument it belongs to: sound settings already in engine units,
 // the modulation matrix, controller positions, per-note tables and the noise seed. The instrument
 // owns one and fills it on the audio thread; every value in it is finite and within the range that
-// is stated here.
+// is stated here. (Others would sound like anything, but never reach memory that is not the
+// voice's.)
 
 namespace norava {
 
 inline constexpr int kFirstKeyNote = 24;
 inline constexpr int kNumKeys = 84;
-inline constexpr int kInternalRate =
-    48000;  // frames per second of the key voices, whatever the host's rate
+// Frames per second of the key voices, whatever the host's rate.
+inline constexpr int kInternalRate = 48000;
 
 struct StringSettings {
     float decay = 1.0f;  // 0..1
@@ -32,7 +33,7 @@ struct SoundSettings {
 
     float tuneSemitones = 0.0f;  // -0.99..0.99
 
-    float ampAttackSeconds = 0.001f;
+    float ampAttackSeconds = 0.001f;  // times are 0.001 and more
     float ampDecaySeconds = 50.001f;
     float ampSustain = 1.0f;  // 0..1
     float ampReleaseSeconds = 0.1f;
