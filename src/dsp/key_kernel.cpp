@@ -23,11 +23,12 @@ bool machineIsWide() {
 const KernelPath kFastest =
     kHasWidePath && machineIsWide() ? KernelPath::wide : KernelPath::baseline;
 
-// Room for every key and, behind them, silent ones that fill the last vector.
-constexpr int kListEntries = kNumKeys + 16;
+constexpr int kListEntries = (kNumKeys + kKeysPerVector - 1) / kKeysPerVector * kKeysPerVector;
+static_assert(kNumKeys % 4 == 0, "the silent keys always complete the last group");
 
-// The sounding keys in note order, then silent ones up to the next multiple of eight. The first
-// silent ones are the instrument's own in note order: their lanes run too.
+// The sounding keys in note order, then silent ones that fill the last vector. Those that complete
+// the last group of four are the instrument's own, the first ones in note order: their noise runs
+// too, and is where it got to when they start. What follows them is no group: `spare` stands in.
 int listKeys(const SoundSettings& settings, CNoravaKey** keys, KeyKernelData* spare,
              KeyKernelData** list) {
     int count = 0;
@@ -38,7 +39,7 @@ int listKeys(const SoundSettings& settings, CNoravaKey** keys, KeyKernelData* sp
     const int sounding = count;
     for (int k = 0; k < kNumKeys && count % 4 != 0; ++k)
         if (!keys[k]->isActive()) list[count++] = &keys[k]->kernelData();
-    while (count % 16 != 0)
+    while (count % kKeysPerVector != 0)
         list[count++] = spare;
     return sounding;
 }
@@ -62,11 +63,11 @@ void processKeys([[maybe_unused]] KernelPath path, SoundSettings& settings, floa
 
     KeyKernelData* list[kListEntries];
     KeyKernelData spare;
-    const double shaped = settings.stringSaturation;
+    const double saturation = settings.stringSaturation;
     KernelJob job{.keys = list,
                   .numSounding = listKeys(settings, keys, &spare, list),
                   .frames = frames,
-                  .saturation = static_cast<float>(shaped * shaped * shaped * 100.0),
+                  .saturation = static_cast<float>(saturation * saturation * saturation * 100.0),
                   .noiseSeed = settings.noiseSeed,
                   .left = left,
                   .right = right,

@@ -6,15 +6,18 @@
 
 namespace norava {
 
+// As many keys as the widest vector of any path has lanes.
+inline constexpr int kKeysPerVector = 8;
+
 // What the kernel needs of the instrument for one block.
 struct KernelJob {
-    KeyKernelData* const*
-        keys;  // sounding keys in note order, then silent ones up to a multiple of four
+    // The sounding keys in note order, then silent ones up to a multiple of kKeysPerVector.
+    KeyKernelData* const* keys;
     int numSounding;
     int frames;
     float saturation;  // amount of the strings' soft clipper, 0..100
-    std::uint32_t
-        noiseSeed;  // in: the seed as it stands; out: four steps on for every frame of every group
+    // In: the seed as it stands; out: four steps on for every frame of every group of four keys.
+    std::uint32_t noiseSeed;
     float* left;
     float* right;
     float peak1;  // in and out
