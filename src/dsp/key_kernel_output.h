@@ -8,8 +8,6 @@
 namespace norava {
 namespace {
 
-typedef float v64 __attribute__((vector_size(8)));
-
 // Two floats in memory as doubles.
 NORAVA_INLINE v128d widen(const float* pair) {
     return __builtin_convertvector(loadLanes<v64>(pair), v128d);

@@ -14,7 +14,6 @@
 
 namespace norava {
 
-typedef float v64 __attribute__((vector_size(8)));
 typedef std::int64_t v128l __attribute__((vector_size(16)));
 
 // Where compilers do not find the instruction that does it, it is named for SSE2; elsewhere the

@@ -4,11 +4,13 @@
 #include <cstring>
 
 // Vector types of the signal blocks, on the compiler's own vector extension, so that one source
-// serves SSE2, AVX2 and 64-bit Arm. `v128` is four single-precision lanes; `v256` is two of them
-// side by side and only worth using in a file that is compiled for a machine with 32-byte
-// registers.
+// serves SSE2, AVX2 and 64-bit Arm. `v128` is four single-precision lanes, `v64` half of it; `v256`
+// is two of it side by side and only worth using in a file that is compiled for a machine with
+// 32-byte registers.
 
 namespace norava {
+
+typedef float v64 __attribute__((vector_size(8)));
 
 typedef float v128 __attribute__((vector_size(16)));
 typedef std::int32_t v128i __attribute__((vector_size(16)));
