@@ -33,6 +33,10 @@ NORAVA_INLINE int pieceFrames(double ratio) {
 
 template <class L>
 struct Kernel {
+    static constexpr int kLanes = 4 * L::kHalves;                // keys in a vector
+    static constexpr int kMaxVectors = kMaxGroups / L::kHalves;  // vectors side by side
+    static_assert(kKeysPerVector % kLanes == 0);
+
     KernelJob& job;
     PieceSignals signals;
     StepSchedule schedule;
@@ -45,7 +49,6 @@ struct Kernel {
     // N vectors of keys, from `firstKey` on, through all frames of the block.
     template <int N>
     void renderVectors(int firstKey) {
-        constexpr int kLanes = 4 * L::kHalves;
         constexpr int kKeys = kLanes * N;
         ExciterLanes<typename L::F> lanes[N];
         typename L::U seeds[N];
@@ -151,21 +154,20 @@ struct Kernel {
         }
     }
 
-    void render() {
-        constexpr int kMaxVectors = kMaxGroups / L::kHalves;
-        constexpr int kLanes = 4 * L::kHalves;
-        peaks = v128_Set(job.peak1, job.peak2, job.peak1, job.peak2);
-        for (int key = 0; key < job.numSounding; key += kLanes * kMaxVectors) {
-            const int vectors = (job.numSounding - key + kLanes - 1) / kLanes;
-            if (vectors >= kMaxVectors)
-                renderVectors<kMaxVectors>(key);
-            else if (vectors == 3)
-                renderVectors<kMaxVectors == 4 ? 3 : 1>(key);
-            else if (vectors == 2)
-                renderVectors<kMaxVectors == 4 ? 2 : 1>(key);
-            else
-                renderVectors<1>(key);
+    // As many vectors as there are keys left for, at most N.
+    template <int N>
+    void renderVectorsUpTo(int firstKey) {
+        if constexpr (N > 1) {
+            if (job.numSounding - firstKey <= kLanes * (N - 1))
+                return renderVectorsUpTo<N - 1>(firstKey);
         }
+        renderVectors<N>(firstKey);
+    }
+
+    void render() {
+        peaks = v128_Set(job.peak1, job.peak2, job.peak1, job.peak2);
+        for (int key = 0; key < job.numSounding; key += kLanes * kMaxVectors)
+            renderVectorsUpTo<kMaxVectors>(key);
         job.peak1 = peaks[0] > peaks[2] ? peaks[0] : peaks[2];
         job.peak2 = peaks[1] > peaks[3] ? peaks[1] : peaks[3];
     }
