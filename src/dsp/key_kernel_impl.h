@@ -22,15 +22,25 @@
 namespace norava {
 namespace {
 
-// The longest piece in which a key of this pitch ratio makes at most kPieceSteps steps.
+// The most steps that a key can make in a piece: its phase may stand just below the first of them.
+constexpr int mostSteps(int frames, double ratio) {
+    return static_cast<int>(1.0 + frames * ratio);
+}
+
+// Frames of a piece in which no key of at most this pitch ratio makes more than kPieceSteps steps.
 NORAVA_INLINE int pieceFrames(double ratio) {
     constexpr double kFewSteps = 1.9;
     constexpr double kMoreSteps = 7.9;
-    return ratio < kFewSteps    ? kPieceFrames
-           : ratio < kMoreSteps ? kPieceSteps / 8
-                                : kPieceSteps / 16;
+    constexpr int kShorter = kPieceFrames / 4;
+    constexpr int kShortest = kPieceFrames / 8;
+    static_assert(mostSteps(kPieceFrames, kFewSteps) <= kPieceSteps);
+    static_assert(mostSteps(kShorter, kMoreSteps) <= kPieceSteps);
+    static_assert(mostSteps(kShortest, kMaxPitchRatio) <= kPieceSteps);
+    return ratio < kFewSteps ? kPieceFrames : ratio < kMoreSteps ? kShorter : kShortest;
 }
 
+// What is at work while one block is rendered; under 40 KB with all it calls, on the stack of the
+// audio thread.
 template <class L>
 struct Kernel {
     static constexpr int kLanes = 4 * L::kHalves;                // keys in a vector
