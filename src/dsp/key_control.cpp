@@ -110,7 +110,7 @@ void CNoravaKey::updatePitch() {
     const double modulation = modulate(ModulationDestination::pitch);
     const double keyTuning =
         settings_.keyTuningSemitones ? settings_.keyTuningSemitones[key_ & 127] : 0.0;
-    if (!pitchMemo_.changed({modulation, keyTuning, settings_.tuneSemitones, baseRatio_})) return;
+    if (!memos_.pitch.changed({modulation, keyTuning, settings_.tuneSemitones, baseRatio_})) return;
     const double octaves =
         modulation / 6.0 + (keyTuning + static_cast<double>(settings_.tuneSemitones)) / 12.0;
     // The kernel counts steps by this number, so it is one whatever the tuning tables hold.
@@ -121,7 +121,7 @@ void CNoravaKey::updatePitch() {
 void CNoravaKey::updateNoise() {
     const double modulation = modulate(ModulationDestination::noiseRate);
     const double rate = clamp01(settings_.noiseRate + modulation);
-    if (!noiseMemo_.changed({rate})) return;
+    if (!memos_.noise.changed({rate})) return;
     data_.exciter.noiseCoefficient = static_cast<float>(std::pow(1.0 - rate, 0.25) * 0.996);
 }
 
@@ -134,7 +134,7 @@ void CNoravaKey::updateHiCut(std::uint32_t due) {
             clamp01(settings_.hiCutAttack + static_cast<double>(modulate(hiCutAttack)));
         const double decayKnob =
             clamp01(settings_.hiCutDecay + static_cast<double>(modulate(hiCutDecay)));
-        if (hiCutTimesMemo_.changed({attackKnob, decayKnob})) {
+        if (memos_.hiCutTimes.changed({attackKnob, decayKnob})) {
             const double attack = 0.5 * attackKnob * attackKnob;
             const double decay = 0.001 + 3.0 * decayKnob * decayKnob * decayKnob;
             hiCutAttackSeconds_ = attack;
@@ -145,7 +145,7 @@ void CNoravaKey::updateHiCut(std::uint32_t due) {
     if (due & bit(hiCutCutoff)) {
         const double knob = settings_.hiCutCutoff + 0.5 * modulate(hiCutCutoff);
         const double resonance = settings_.hiCutResonance;
-        if (!hiCutMemo_.changed({knob, resonance})) return;
+        if (!memos_.hiCut.changed({knob, resonance})) return;
         const double cutoff = clamp01(knob * knob);
         data_.exciter.hiCutCutoff = static_cast<float>(cutoff);
         data_.exciter.hiCutFeedback =
@@ -159,7 +159,7 @@ void CNoravaKey::updateHiCut(std::uint32_t due) {
 void CNoravaKey::updateLoCut() {
     const double modulation = modulate(ModulationDestination::loCutCutoff);
     const double knob = clamp01(settings_.loCutCutoff + 0.5 * modulation);
-    if (!loCutMemo_.changed({knob, settings_.loCutResonance})) return;
+    if (!memos_.loCut.changed({knob, settings_.loCutResonance})) return;
     const double cutoffHz = std::exp2(9.3 * knob + 5.0);
     const double q = settings_.loCutResonance * 10.0 + 1.0;
     const double w = 2.0 * std::numbers::pi * cutoffHz / kRate;
@@ -179,7 +179,7 @@ void CNoravaKey::updateStringDamping(int string) {
     const double modulation = static_cast<double>(modulate(bothStringsDamp)) +
                               modulate(string == 0 ? string1Damp : string2Damp);
     const double x = clamp01(sound.dampAmount + modulation);
-    if (!dampingMemo_[string].changed({x, sound.dampOffset, sound.dampSharpness})) return;
+    if (!memos_.damping[string].changed({x, sound.dampOffset, sound.dampSharpness})) return;
     const double hz = std::pow(50.0, 2.57 * (1.0 - 0.35 * x * x * x));
     const auto dampingA = static_cast<float>(std::min(hz / 22050.0, 1.0));
     const auto dampingB =
@@ -199,7 +199,7 @@ void CNoravaKey::updateStringGain(int string) {
     const double modulation = static_cast<double>(modulate(bothStringsDecay)) +
                               modulate(string == 0 ? string1Decay : string2Decay);
     const double y = clamp01(sound.decay + modulation);
-    if (!gainMemo_[string].changed({y, sound.decayInverted ? 1.0 : 0.0})) return;
+    if (!memos_.gain[string].changed({y, sound.decayInverted ? 1.0 : 0.0})) return;
     const auto magnitude = static_cast<float>(std::pow(y, static_cast<double>(0.05f)));
     // Subtracted from zero rather than negated: a closed string has a gain of +0, not -0.
     const float gain = sound.decayInverted ? 0.0f - magnitude : magnitude;
@@ -215,7 +215,7 @@ void CNoravaKey::updateOutputGains() {
     const double gainRight = settings_.keyGainRight ? settings_.keyGainRight[key_ & 127] : 1.0;
     const double mix = settings_.stringMix;
     const double separation = settings_.stringStereoSeparation;
-    if (!outputMemo_.changed(
+    if (!memos_.output.changed(
             {levelModulation, panModulation, mix, separation, gainLeft, gainRight}))
         return;
     // A level beyond what single precision holds is silenced by the instrument's guard; keep it a
@@ -243,7 +243,7 @@ void CNoravaKey::updateUnmodulated() {
     const double attack = settings_.ampAttackSeconds;
     const double decay = settings_.ampDecaySeconds;
     const double releaseSeconds = settings_.ampReleaseSeconds;
-    if (!ampMemo_.changed({attack, decay, releaseSeconds})) return;
+    if (!memos_.amp.changed({attack, decay, releaseSeconds})) return;
     ampAttackRate_ = static_cast<float>(kSegmentDecay / (attack * kAttackStretch * kRate));
     ampDecayRate_ = static_cast<float>(kSegmentDecay / (decay * kRate));
     ampReleaseRate_ = static_cast<float>(kSegmentDecay / (releaseSeconds * kRate));

@@ -81,7 +81,7 @@ void CNoravaKey::setActive(bool active) {
     active_ = active;
     const unsigned index = static_cast<unsigned>(key_ - kFirstKeyNote);
     const std::uint64_t bit = std::uint64_t{1} << (index % 64);
-    std::uint64_t& word = settings_.activeKeys[index / 64 % 2];
+    std::uint64_t& word = settings_.activeKeys[index / 64 % settings_.activeKeys.size()];
     word = active ? word | bit : word & ~bit;
 }
 
@@ -102,17 +102,7 @@ void CNoravaKey::reset() {
     strings = cleared;
 
     seenRevision_ = 0;
-    pitchMemo_.forget();
-    noiseMemo_.forget();
-    hiCutTimesMemo_.forget();
-    hiCutMemo_.forget();
-    loCutMemo_.forget();
-    for (auto& memo : dampingMemo_)
-        memo.forget();
-    for (auto& memo : gainMemo_)
-        memo.forget();
-    outputMemo_.forget();
-    ampMemo_.forget();
+    memos_ = Memos{};
 }
 
 void CNoravaKey::start(float velocity) {

@@ -1,32 +1,14 @@
 #pragma once
 
 #include <array>
-#include <cstring>
 #include <memory>
 
 #include "dsp/envelope.h"
+#include "dsp/input_memo.h"
 #include "dsp/key_kernel_data.h"
 #include "dsp/sound_settings.h"
 
 namespace norava {
-
-// Remembers the inputs of a formula, bit for bit, so that it is evaluated again only when one of
-// them has changed.
-template <int N>
-class InputMemo {
-  public:
-    // True when `now` differs from the inputs of the last call, or after `forget`.
-    bool changed(const std::array<double, N>& now) {
-        if (known_ && std::memcmp(now.data(), last_.data(), sizeof last_) == 0) return false;
-        last_ = now;
-        return known_ = true;
-    }
-    void forget() { known_ = false; }
-
-  private:
-    std::array<double, N> last_{};
-    bool known_ = false;
-};
 
 // One key of the instrument: a noise exciter, two strings of two delay lines and a comb line each,
 // lo-cut and hi-cut, an amplitude and a modulation envelope. This class holds a note's life and
@@ -104,15 +86,19 @@ class CNoravaKey {
     float ampDecayRate_ = 0.0f;
     float ampReleaseRate_ = 0.0f;
 
-    InputMemo<4> pitchMemo_;
-    InputMemo<1> noiseMemo_;
-    InputMemo<2> hiCutTimesMemo_;
-    InputMemo<2> hiCutMemo_;
-    InputMemo<2> loCutMemo_;
-    InputMemo<3> dampingMemo_[2];
-    InputMemo<2> gainMemo_[2];
-    InputMemo<6> outputMemo_;
-    InputMemo<3> ampMemo_;
+    // What each formula was last evaluated for.
+    struct Memos {
+        InputMemo<4> pitch;
+        InputMemo<1> noise;
+        InputMemo<2> hiCutTimes;
+        InputMemo<2> hiCut;
+        InputMemo<2> loCut;
+        InputMemo<3> damping[2];
+        InputMemo<2> gain[2];
+        InputMemo<6> output;
+        InputMemo<3> amp;
+    };
+    Memos memos_;
 };
 
 }  // namespace norava
