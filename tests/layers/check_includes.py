@@ -29,6 +29,8 @@ SYSTEM_ONLY_IN = {
     re.compile(r"^(X11|xcb|wayland)"): {"gui/platform"},
     re.compile(r"^(windows\.h|Cocoa|AppKit)"): {"gui/platform", "files"},
 }
+# Drawings and other text of assets/ that a source takes in as data.
+ASSET_TEXT = re.compile(r"\.art$")
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*([<"])([^>"]+)[>"]')
 
 
@@ -63,6 +65,8 @@ def breaches(files):
                 continue
             if target.startswith("../") or "/../" in target:
                 yield path, number, f'"{target}" climbs out of its folder'
+                continue
+            if ASSET_TEXT.search(target):
                 continue
             # A program includes its own files by their place in apps/.
             target_room = "apps" if f"apps/{target}" in files else room_of(target)
