@@ -1,12 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <optional>
 
 // What the file classes need of an operating system; one source a system implements it. Paths are
-// UTF-8 with
-// '/' between folders. Nothing here may be called on the audio thread.
+// UTF-8 with '/' between folders. Nothing here may be called on the audio thread.
 namespace norava::file_system {
 
 enum class EntryKind {
@@ -37,9 +38,30 @@ enum class EntryKind {
 using EntryVisitor = std::function<bool(const char* name, EntryKind kind)>;
 [[nodiscard]] bool ListFolder(const char* folder, const EntryVisitor& visit);
 
+// Whether a file is still the one that was looked at: another content has another stamp, except
+// that a change within the clock's resolution of the one before may keep it.
+struct FileStamp {
+    int64_t sizeBytes = 0;
+    int64_t modifiedNanoseconds = 0;  // since 1970
+    uint64_t fileNumber = 0;
+    bool operator==(const FileStamp&) const = default;
+};
+// Empty for everything but a regular file.
+[[nodiscard]] std::optional<FileStamp> StampOf(const char* path);
+
 // Puts `bytes` in place of the file at `path` in one step: a reader, a crash or a full disk meets
 // the old content or the new, never a mixture, and nothing is left beside it. A link at `path`
 // keeps leading to the file that is replaced, and the file keeps its permissions.
 [[nodiscard]] bool ReplaceFile(const char* path, const void* bytes, size_t count);
+
+// Makes a folder that appears under its name only when it is complete: `fill` gets the name of a
+// folder beside it, and when it returns true that one is renamed. False, with nothing left, when
+// anything fails or something lies at `path` already, a link that leads nowhere included.
+using FolderFiller = std::function<bool(const char* unfinished)>;
+[[nodiscard]] bool PublishFolder(const char* path, const FolderFiller& fill);
+
+// Removes what the two above could not clear away because their process was killed. What another
+// process is still writing stays.
+void RemoveLeftovers(const char* folder);
 
 }  // namespace norava::file_system

@@ -10,6 +10,8 @@
 #undef CreateDirectory
 #undef ReplaceFile
 
+#include <atomic>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -59,6 +61,29 @@ std::FILE* OpenRegularFile(const char* path, DWORD access, DWORD creation, int f
     std::FILE* file = _fdopen(descriptor, mode);
     if (!file) _close(descriptor);
     return file;
+}
+
+// In the folder of `target`, under a name that is taken for nobody's file.
+std::wstring UnfinishedName(const std::wstring& target) {
+    static std::atomic<unsigned> serial = 0;
+    return target.substr(0, target.rfind(L'\\') + 1) + L".norava-" +
+           std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++serial) + L".tmp";
+}
+
+int64_t Joined(DWORD high, DWORD low) {
+    return static_cast<int64_t>(static_cast<uint64_t>(high) << 32 | low);
+}
+
+int64_t NanosecondsSince1970(const FILETIME& time) {
+    constexpr int64_t kTicksBefore1970 = 116444736000000000;  // of 100 ns, from 1601
+    return (Joined(time.dwHighDateTime, time.dwLowDateTime) - kTicksBefore1970) * 100;
+}
+
+bool IsOlderThanADay(const FILETIME& time) {
+    constexpr int64_t kDay = int64_t{86400} * 1'000'000'000;
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    return NanosecondsSince1970(now) - NanosecondsSince1970(time) > kDay;
 }
 
 bool WriteAndFlush(const std::wstring& path, const void* bytes, size_t count) {
@@ -126,13 +151,56 @@ bool ReplaceFile(const char* path, const void* bytes, size_t count) {
     const std::wstring target = WidePath(path);
     const EntryKind kind = KindOf(path);
     if (target.empty() || (kind != EntryKind::none && kind != EntryKind::file)) return false;
-    const std::wstring beside = target + L"." + std::to_wstring(GetCurrentProcessId()) + L"-" +
-                                std::to_wstring(GetCurrentThreadId()) + L".tmp";
+    const std::wstring beside = UnfinishedName(target);
     const bool good = WriteAndFlush(beside, bytes, count) &&
                       MoveFileExW(beside.c_str(), target.c_str(),
                                   MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
     if (!good) DeleteFileW(beside.c_str());
     return good;
+}
+
+std::optional<FileStamp> StampOf(const char* path) {
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    const std::wstring wide = WidePath(path);
+    if (wide.empty() || !GetFileAttributesExW(wide.c_str(), GetFileExInfoStandard, &data) ||
+        KindOfAttributes(data.dwFileAttributes) != EntryKind::file)
+        return std::nullopt;
+    return FileStamp{Joined(data.nFileSizeHigh, data.nFileSizeLow),
+                     NanosecondsSince1970(data.ftLastWriteTime),
+                     static_cast<uint64_t>(NanosecondsSince1970(data.ftCreationTime))};
+}
+
+bool PublishFolder(const char* path, const FolderFiller& fill) {
+    const std::wstring target = WidePath(path);
+    if (target.empty()) return false;
+    const std::wstring beside = UnfinishedName(target);
+    if (!CreateDirectoryW(beside.c_str(), nullptr)) return false;
+    char name[4 * kPathBufferBytes];
+    const bool named = WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, beside.c_str(), -1, name,
+                                           sizeof name, nullptr, nullptr) != 0;
+    // Without the flag for replacing it fails where something lies already.
+    const bool good =
+        named && fill(name) && MoveFileExW(beside.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH);
+    std::error_code ignored;
+    if (!good) std::filesystem::remove_all(beside, ignored);
+    return good;
+}
+
+// A file that somebody still writes cannot be deleted; a folder could, so it has to be old.
+void RemoveLeftovers(const char* folder) {
+    const std::wstring prefix = WidePath(folder) + L"\\";
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW((prefix + L".norava-*.tmp").c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) return;
+    do {
+        const std::wstring path = prefix + entry.cFileName;
+        std::error_code ignored;
+        if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
+            DeleteFileW(path.c_str());
+        else if (IsOlderThanADay(entry.ftLastWriteTime))
+            std::filesystem::remove_all(path, ignored);
+    } while (FindNextFileW(search, &entry));
+    FindClose(search);
 }
 
 }  // namespace norava::file_system
