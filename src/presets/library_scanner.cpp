@@ -1,0 +1,188 @@
+#include "presets/library_scanner.h"
+
+#include <algorithm>
+#include <chrono>
+#include <set>
+
+#include "files/text_buffer.h"
+
+namespace norava {
+
+namespace {
+
+using file_system::EntryKind;
+
+int64_t NowInNanoseconds() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+}
+
+bool IsHidden(std::string_view name) {
+    return name.starts_with('.');
+}
+
+const std::shared_ptr<const ProgramBlock>& RefusedBlock() {
+    static const auto refused = std::make_shared<const ProgramBlock>();
+    return refused;
+}
+
+}  // namespace
+
+LibraryScanner::LibraryScanner(std::string rootPath, std::string fileExtension)
+    : root(std::move(rootPath)), extension(std::move(fileExtension)) {}
+
+bool LibraryScanner::IsProgramFile(const std::string& name) const {
+    const std::size_t dot = name.rfind('.');
+    if (IsHidden(name) || dot == name.npos) return false;
+    const std::string_view ending = std::string_view(name).substr(dot + 1);
+    return ending == extension || ending == "fxp";
+}
+
+bool LibraryScanner::ListRoot() {
+    std::set<std::string> found;
+    const bool wasReadable = isReadable;
+    isReadable = file_system::ListFolder(root.c_str(), [&](const char* name, EntryKind kind) {
+        const bool fits = root.size() + std::string_view(name).size() + 1 < kPathBufferBytes;
+        if (kind == EntryKind::folder && !IsHidden(name) && fits) found.insert(name);
+        return found.size() < kMaxLibraryCategories;
+    });
+    changed = changed || isReadable != wasReadable;
+    for (auto old = categories.begin(); old != categories.end();) {
+        if (found.contains(old->first)) {
+            ++old;
+            continue;
+        }
+        numPrograms -= old->second.programs.size();
+        changed = true;
+        old = categories.erase(old);
+    }
+    for (const std::string& name : found) {
+        const auto [category, isNew] = categories.try_emplace(name);
+        if (!isNew) continue;
+        category->second.id = nextId++;
+        changed = true;
+        ListCategory(name);
+    }
+    return isReadable;
+}
+
+void LibraryScanner::ListAllCategories() {
+    for (const auto& [name, category] : categories)
+        ListCategory(name);
+}
+
+void LibraryScanner::ListCategory(const std::string& folderName) {
+    const auto category = categories.find(folderName);
+    if (category == categories.end()) return;
+    auto& programs = category->second.programs;
+    const std::string folder = root + '/' + folderName + '/';
+
+    std::set<std::string> found;
+    const std::size_t room = kMaxLibraryPrograms - (numPrograms - programs.size());
+    (void)file_system::ListFolder(folder.c_str(), [&](const char* entry, EntryKind kind) {
+        const std::string name = entry;
+        if (found.size() == room) return false;
+        if (kind != EntryKind::file || !IsProgramFile(name)) return true;
+        // A longer path could be listed but never loaded.
+        if (folder.size() + name.size() < kPathBufferBytes) found.insert(name);
+        return true;
+    });
+
+    numPrograms -= programs.size();
+    if (std::erase_if(programs, [&](const auto& old) { return !found.contains(old.first); }) > 0)
+        changed = true;
+    for (const std::string& name : found) {
+        const auto [place, isNew] = programs.try_emplace(name);
+        Program& program = place->second;
+        if (isNew) {
+            program.id = nextId++;
+            changed = true;
+        }
+        // One without bytes waits to be read already.
+        if (isNew || (program.block && MayHaveChanged(folder + name, program)))
+            unread.emplace_back(folderName, name);
+    }
+    numPrograms += programs.size();
+}
+
+// A file that was written shortly before it was read may have been written again without a new
+// stamp.
+bool LibraryScanner::MayHaveChanged(const std::string& path, const Program& program) const {
+    constexpr int64_t kClockResolution = 2'000'000'000;
+    if (!program.onDisk || !program.stamp) return true;
+    if (program.stamp->modifiedNanoseconds > program.readAtNanoseconds - kClockResolution)
+        return true;
+    return file_system::StampOf(path.c_str()) != program.stamp;
+}
+
+void LibraryScanner::Read(const std::string& path, Program& program) {
+    // First the stamp: a change in between makes the bytes newer than it and is seen the next time.
+    program.readAtNanoseconds = NowInNanoseconds();
+    program.stamp = file_system::StampOf(path.c_str());
+    const ProgramBlock block = ReadProgramFile(path).value_or(ProgramBlock{});
+    if (program.onDisk && program.block && *program.block == block) return;
+    program.onDisk = true;
+    program.block = block.IsUsable() ? std::make_shared<const ProgramBlock>(block) : RefusedBlock();
+    changed = true;
+}
+
+bool LibraryScanner::ReadSome(int most) {
+    for (; most > 0 && !unread.empty(); --most) {
+        const auto [folder, name] = std::move(unread.front());
+        unread.pop_front();
+        const auto category = categories.find(folder);
+        if (category == categories.end()) continue;
+        const auto program = category->second.programs.find(name);
+        if (program == category->second.programs.end()) continue;
+        Read(root + '/' + folder + '/' + name, program->second);
+    }
+    return HasUnread();
+}
+
+void LibraryScanner::TakeFactoryBank(std::span<const FactoryProgram> bank) {
+    isReadable = !bank.empty();
+    for (const FactoryProgram& source : bank) {
+        const auto [category, isNewCategory] = categories.try_emplace(source.category);
+        if (isNewCategory) category->second.id = nextId++;
+        const std::string name = std::string(source.name) + '.' + extension;
+        const auto [program, isNew] = category->second.programs.try_emplace(name);
+        if (!isNew) continue;
+        ++numPrograms;
+        changed = true;
+        program->second.id = nextId++;
+        program->second.onDisk = false;
+        ProgramBlock block;
+        block.size = static_cast<int>(std::min(source.block.size(), block.bytes.size()));
+        std::copy_n(source.block.begin(), block.size, block.bytes.begin());
+        program->second.block = std::make_shared<const ProgramBlock>(block);
+    }
+}
+
+std::vector<std::string> LibraryScanner::Folders() const {
+    std::vector<std::string> folders = {root};
+    for (const auto& [name, category] : categories)
+        folders.push_back(root + '/' + name);
+    return folders;
+}
+
+std::string LibraryScanner::CategoryOf(const std::string& folder) const {
+    if (!folder.starts_with(root + '/')) return {};
+    const std::string name = folder.substr(root.size() + 1);
+    return name.find('/') == name.npos ? name : std::string();
+}
+
+std::shared_ptr<const LibrarySnapshot> LibraryScanner::MakeSnapshot() const {
+    std::vector<LibraryCategory> list;
+    list.reserve(categories.size());
+    for (const auto& [folder, source] : categories) {
+        LibraryCategory& category = list.emplace_back();
+        category.folderName = folder;
+        category.id = source.id;
+        category.programs.reserve(source.programs.size());
+        for (const auto& [name, program] : source.programs)
+            category.programs.push_back({name, program.id, program.onDisk, program.block});
+    }
+    return std::make_shared<const LibrarySnapshot>(root, std::move(list), isReadable, !HasUnread());
+}
+
+}  // namespace norava

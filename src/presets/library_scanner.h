@@ -1,0 +1,82 @@
+#pragma once
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "files/file_system.h"
+#include "presets/factory_bank.h"
+#include "presets/library_snapshot.h"
+
+namespace norava {
+
+// A library of more than this is cut there, so that a folder tree chosen by mistake does not fill
+// the memory: 140 MB of programs at most.
+inline constexpr std::size_t kMaxLibraryCategories = 4096;
+inline constexpr std::size_t kMaxLibraryPrograms = 200'000;
+
+// Knows what the folders of a library hold, and reads what has changed in them. Entries whose name
+// begins with a dot, that are no regular files (or folders of categories), that cannot be read or
+// that vanish meanwhile count as not there or not usable; none of them makes it wait. One thread at
+// a time, never the audio thread.
+class LibraryScanner {
+  public:
+    LibraryScanner(std::string rootPath, std::string fileExtension);
+
+    // Lists the root and the categories that are new, and forgets those that are gone. False when
+    // the root cannot be listed; it is empty then.
+    bool ListRoot();
+    // Lists one category; programs that may have changed are to be read again. A folder outside
+    // the library is ignored.
+    void ListCategory(const std::string& folderName);
+    void ListAllCategories();
+
+    // In place of a root that does not exist.
+    void TakeFactoryBank(std::span<const FactoryProgram> bank);
+
+    // Reads up to `most` programs of those that are to be read; returns whether more are left.
+    bool ReadSome(int most);
+    bool HasUnread() const { return !unread.empty(); }
+
+    // Whether a snapshot made now differs from the one at the last call.
+    bool TakeChanged() { return std::exchange(changed, false); }
+
+    std::vector<std::string> Folders() const;  // full paths: the root and the categories
+    std::shared_ptr<const LibrarySnapshot> MakeSnapshot() const;
+    const std::string& Root() const { return root; }
+    // The name of a category's folder from its full path; empty for any other path.
+    std::string CategoryOf(const std::string& folder) const;
+
+  private:
+    struct Program {
+        LibraryId id = kNoLibraryId;
+        bool onDisk = true;
+        std::shared_ptr<const ProgramBlock> block;  // null: to be read
+        std::optional<file_system::FileStamp> stamp;
+        int64_t readAtNanoseconds = 0;
+    };
+    struct Category {
+        LibraryId id = kNoLibraryId;
+        std::map<std::string, Program, ByShownName> programs;  // by file name
+    };
+
+    bool IsProgramFile(const std::string& name) const;
+    bool MayHaveChanged(const std::string& path, const Program& program) const;
+    void Read(const std::string& path, Program& program);
+
+    const std::string root;
+    const std::string extension;
+    bool isReadable = false;
+    std::map<std::string, Category, ByShownName> categories;  // by folder name
+    std::deque<std::pair<std::string, std::string>> unread;   // folder and file name
+    std::size_t numPrograms = 0;
+    LibraryId nextId = 0;
+    bool changed = true;
+};
+
+}  // namespace norava

@@ -1,0 +1,144 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+#include "files/file_manager.h"
+#include "files/file_system.h"
+#include "framework/plugin_editor_interface.h"
+#include "framework/plugin_instance.h"
+#include "framework/plugin_renderer.h"
+#include "framework/plugin_wrapper.h"
+#include "presets/preset_list.h"
+
+// Loading and saving of single programs.
+
+namespace norava {
+
+namespace {
+
+constexpr const char* kHomelessCategory = "User";
+
+int NumReportedParams(CPluginRenderer& renderer) {
+    const CPluginInstance* const definition = GetPluginInstance();
+    const int automable = definition != nullptr ? definition->GetNumParamsAutomable() : 0;
+    return std::clamp(automable, 0, renderer.GetNumParams());
+}
+
+std::vector<float> ReportedValues(CPluginRenderer& renderer) {
+    std::vector<float> values(static_cast<std::size_t>(NumReportedParams(renderer)));
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] = renderer.GetParamValue(static_cast<int>(i));
+    return values;
+}
+
+// A NaN differs from everything, itself too.
+void ReportDifferences(CPluginRenderer& renderer, const std::vector<float>& before) {
+    CPluginWrapper* const wrapper = renderer.GetWrapper();
+    if (wrapper == nullptr) return;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        const int index = static_cast<int>(i);
+        const float value = renderer.GetParamValue(index);
+        if (value != before[i]) wrapper->ParameterChanged(index, value);
+    }
+}
+
+}  // namespace
+
+std::string CPresetList::AskForFile(bool save) const {
+    const CPluginInstance* const definition = GetPluginInstance();
+    const std::string folder = save ? SavingFolder() : GetCatFolder();
+    const std::string name = GetProgramName();
+    const std::string type =
+        std::string(definition != nullptr ? definition->GetPluginName() : "") + " Program";
+    const std::array<const char*, 2> extensions = {extension.c_str(), "fxp"};
+    FileRequest request;
+    request.title = save ? "Save Program" : "Load Program";
+    request.folder = folder.c_str();
+    request.suggestedName = name.c_str();
+    request.typeName = type.c_str();
+    request.extensions = std::span(extensions).first(save ? 1 : 2);
+    request.save = save;
+    if (save) (void)CFileManager().CreateDirectory(folder.c_str());
+    std::array<char, kPathBufferBytes> path{};
+    if (!renderer->GetEditor()->AskForFile(request, path)) return {};
+    const std::string chosen = path.data();
+    // A file without the extension would never be listed.
+    const bool complete = !save || chosen.ends_with('.' + extension);
+    return complete ? chosen : chosen + '.' + extension;
+}
+
+void CPresetList::ShowEverything() const {
+    CPluginEditorInterface* const editor = renderer->GetEditor();
+    if (editor == nullptr) return;
+    editor->ProgramChanged();
+    editor->ValuesChanged();
+    editor->Redraw();
+}
+
+bool CPresetList::LoadProgramFromFile(const char* path) {
+    if (path != nullptr) return Load(path);
+    if (renderer->GetEditor() == nullptr) return false;
+    const std::string chosen = AskForFile(false);
+    return chosen.empty() || Load(chosen);
+}
+
+bool CPresetList::Load(const std::string& path) {
+    if (path.empty() || path.size() >= kPathBufferBytes) return false;
+    std::optional<ProgramBlock> block = ReadProgramFile(path);
+    const auto snapshot = GetLibrary();
+    const LibraryProgram* const listed = snapshot->Find(path).second;
+    // Programs of the built-in bank have a path and no file when the disk could not take them.
+    if (!block && listed != nullptr && !listed->onDisk) block = *listed->block;
+    if (!block || !block->IsUsable()) return false;
+
+    const std::vector<float> before = ReportedValues(*renderer);
+    if (!renderer->LoadProgram(block->bytes.data(), block->size, ProgramNameOf(path))) return false;
+    SetProgramPath(path.c_str());
+    ReportDifferences(*renderer, before);
+    ShowEverything();
+    return true;
+}
+
+std::string CPresetList::SavingFolder() const {
+    const bool homeless = GetCurrentCat() < 0 && !rootPath.empty();
+    return homeless ? rootPath + '/' + kHomelessCategory : GetCatFolder();
+}
+
+bool CPresetList::SaveProgramToFile(const char* path) {
+    if (library) library->PrepareForSaving();
+    if (path == nullptr) {
+        if (renderer->GetEditor() == nullptr) return false;
+        const std::string chosen = AskForFile(true);
+        return chosen.empty() || Save(chosen);
+    }
+    const std::string name = path;
+    if (name.empty() || name.find('/') != name.npos) return Save(name);
+    const std::string folder = SavingFolder();
+    const std::string ending = name.ends_with('.' + extension) ? "" : '.' + extension;
+    return !folder.empty() && Save(folder + '/' + name + ending);
+}
+
+bool CPresetList::Save(const std::string& path) {
+    if (path.empty() || path.size() >= kPathBufferBytes) return false;
+    const int size = renderer->SaveState(nullptr);
+    if (size < 1) return false;
+    std::vector<char> state(static_cast<std::size_t>(size));
+    renderer->SaveState(state.data());
+    const std::string folder = path.substr(0, path.rfind('/'));
+    (void)CFileManager().CreateDirectory(folder.c_str());
+    if (!file_system::ReplaceFile(path.c_str(), state.data(), state.size())) return false;
+    if (library) library->Refresh(folder);
+    SetProgramPath(path.c_str());
+    renderer->SetProgramName(ProgramNameOf(path));
+    ShowEverything();
+    return true;
+}
+
+bool CPresetList::LoadFirstProgram() {
+    SetCurrentCat(0);
+    const std::string path = GetProgramPath();
+    return !path.empty() && Load(path);
+}
+
+}  // namespace norava
