@@ -80,6 +80,7 @@ void RunBlock(CPluginRenderer& renderer, const HostBlock& block,
     }
     renderer.UnlockEvents();
     renderer.DeleteAllEvents();
+    renderer.ReportChangedValues();
 }
 
 }  // namespace norava

@@ -134,6 +134,15 @@ bool CPluginRenderer::LoadState(const char*, int) {
 
 void CPluginRenderer::ApplyPendingValues() {}
 
+bool CPluginRenderer::LoadProgram(const char* data, int size, std::string_view name) {
+    Reset(0.0);
+    if (!LoadState(data, size)) return false;
+    SetProgramName(name);
+    return true;
+}
+
+void CPluginRenderer::ReportChangedValues() {}
+
 // Hooks of the TQ host
 
 int CPluginRenderer::TQ_GetOutputIndex(int) {

@@ -110,6 +110,14 @@ class CPluginRenderer : public CEventBuffer {
     // (parameter values, a loaded state, requests to reset) becomes engine quantities.
     virtual void ApplyPendingValues();
 
+    // Any but the audio thread. Clears the sound, loads a state and takes the program's name, as
+    // one handover to the audio thread. False when the state is refused: the sound alone is cleared
+    // then.
+    virtual bool LoadProgram(const char* data, int size, std::string_view name);
+    // Audio, at the end of each processing call: tells the host of the parameters that the call
+    // itself has changed.
+    virtual void ReportChangedValues();
+
     // Any. Tells the panel that a parameter was changed elsewhere.
     void SetParamNeedUpdate(int index) noexcept;
     // Panel: whether the parameter was changed since the last call for it.

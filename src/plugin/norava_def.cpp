@@ -1,9 +1,7 @@
 #include "plugin/norava_def.h"
 
-#include "framework/plugin_editor_interface.h"
 #include "framework/text_copy.h"
 #include "parameters/parameter_index.h"
-#include "synth/norava_synth.h"
 
 namespace norava {
 
@@ -33,14 +31,6 @@ CNoravaDef::CNoravaDef() {
 void CNoravaDef::SetPluginFormatTQ() {
     CPluginInstance::SetPluginFormatTQ();
     uniqueID = kTQProductID;
-}
-
-std::unique_ptr<CPluginRenderer> CNoravaDef::CreateRenderer() {
-    return std::make_unique<CNoravaSynth>();
-}
-
-std::unique_ptr<CPluginEditorInterface> CNoravaDef::CreateEditor() {
-    return nullptr;
 }
 
 }  // namespace norava

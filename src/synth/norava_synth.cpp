@@ -6,18 +6,21 @@
 
 #include "framework/plugin_instance.h"
 #include "parameters/parameter_table.h"
+#include "presets/preset_folders.h"
 #include "synth/parameter_text.h"
 
 namespace norava {
 
 namespace {
 
-constexpr char kPluginDirectory[] = "/Library/Application Support/Hollo-Vane/Norava";
 constexpr char kDefaultProgramName[] = "<noname>";
 
 constexpr int kModWheelController = 1;
 constexpr int kVolumeController = 7;
 constexpr int kPanController = 10;
+
+constexpr int kCategoryController = 32;
+constexpr float kHighestControllerValue = 127.0f;
 
 constexpr double kLfoPi = 3.141592653;
 
@@ -27,8 +30,9 @@ constexpr float kRunawayLevel = 1.0e6f;
 
 }  // namespace
 
-CNoravaSynth::CNoravaSynth() : engine(sound, effects), keys(sound) {
-    CPluginInstance::SetPluginDirectory(kPluginDirectory);
+CNoravaSynth::CNoravaSynth(const LibraryPlace& programs)
+    : engine(sound, effects), keys(sound), presets(this, programs) {
+    CPluginInstance::SetPluginDirectory(GetPluginFolder());
     controller[kVolumeController] = 1.0f;
     controller[kPanController] = 0.5f;
     sound.keyTuningSemitones = GetKeyTuning();
@@ -36,7 +40,8 @@ CNoravaSynth::CNoravaSynth() : engine(sound, effects), keys(sound) {
     sound.keyGainRight = GetKeyGainRight();
     InitParameterNames();
     SetParamsToDefault();
-    ApplyPendingValues();
+    CNoravaSynth::ApplyPendingValues();
+    if (presets.LoadFirstProgram()) CNoravaSynth::ApplyPendingValues();
 }
 
 CNoravaSynth::~CNoravaSynth() = default;
@@ -44,6 +49,10 @@ CNoravaSynth::~CNoravaSynth() = default;
 void CNoravaSynth::Reset(double sampleRateHz) {
     // First, because a change of rate turns the sign of the chorus that has been set by then.
     CNoravaSynth::ApplyPendingValues();
+    ResetSound(sampleRateHz);
+}
+
+void CNoravaSynth::ResetSound(double sampleRateHz) {
     CPluginRenderer::Reset(sampleRateHz);
     lfoPhase = 0.0f;
     keys.Reset();
@@ -64,7 +73,10 @@ void CNoravaSynth::Reset(double sampleRateHz) {
 // Rendering
 
 void CNoravaSynth::ApplyPendingValues() {
+    if (awaited) SelectAwaited();
+    if (programWaits) StoreProgram();
     exchange.TakePending([this](int index) { return CPluginRenderer::GetParamValue(index); },
+                         [this] { ResetSound(0.0); },
                          [this](int index, float value) { engine.Apply(index, value); });
 }
 
@@ -159,6 +171,11 @@ void CNoravaSynth::MIDIPitchWheelMoved() {
 }
 
 void CNoravaSynth::MIDICCChanged(int number) {
+    if (number == kCategoryController) {
+        // In single precision every one of the 128 values comes back as itself.
+        SelectProgram(SelectedFrom::categories,
+                      static_cast<int>(GetController(number) * kHighestControllerValue));
+    }
     if (number != kModWheelController) return;
     sound.modWheel = GetController(number);
     RaiseRevision(sound);
@@ -226,13 +243,30 @@ bool CNoravaSynth::LoadState(const char* data, int size) {
     return true;
 }
 
-void CNoravaSynth::StoreState(const InstrumentState& state) {
+bool CNoravaSynth::LoadProgram(const char* data, int size, std::string_view name) {
+    InstrumentState state;
+    const bool taken = ReadStateBlock(data, size, state);
+    if (!taken) {
+        exchange.MarkReset();
+        return false;
+    }
+    NameState(state, name);
     exchange.StoreWhole([&] {
-        for (int i = 0; i < state.numValues; ++i) {
-            SetParamValue(i, state.values[static_cast<std::size_t>(i)]);
-        }
-        if (state.hasName) SetProgramName(state.name.data());
+        exchange.MarkReset();
+        PutState(state);
     });
+    SetAllChanged();
+    return true;
+}
+
+void CNoravaSynth::PutState(const InstrumentState& state) {
+    for (int i = 0; i < state.numValues; ++i)
+        SetParamValue(i, state.values[static_cast<std::size_t>(i)]);
+    if (state.hasName) SetProgramName(state.name.data());
+}
+
+void CNoravaSynth::StoreState(const InstrumentState& state) {
+    exchange.StoreWhole([&] { PutState(state); });
     SetAllChanged();
 }
 

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <array>
+#include <optional>
 #include <span>
+#include <string_view>
 
 #include "dsp/sound_settings.h"
 #include "framework/plugin_renderer.h"
 #include "fx/effects_chain.h"
+#include "presets/preset_list.h"
 #include "synth/engine_parameters.h"
 #include "synth/key_bank.h"
 #include "synth/parameter_exchange.h"
@@ -22,7 +26,9 @@ namespace norava {
 // ApplyPendingValues. Construction, destruction and Reset never run beside processing.
 class CNoravaSynth : public CPluginRenderer {
   public:
-    CNoravaSynth();
+    // Starts with the first program of the first category of the library at `programs`, or with the
+    // defaults when there is none.
+    explicit CNoravaSynth(const LibraryPlace& programs = {});
     ~CNoravaSynth() override;
 
     void Reset(double sampleRateHz) override;
@@ -39,6 +45,8 @@ class CNoravaSynth : public CPluginRenderer {
     int SaveState(char* buffer) override;
     // Any thread but the audio thread.
     bool LoadState(const char* data, int size) override;
+    bool LoadProgram(const char* data, int size, std::string_view name) override;
+    void ReportChangedValues() override;
 
     void MIDINoteOn(int note) override;
     void MIDINoteOff(int note) override;
@@ -46,6 +54,11 @@ class CNoravaSynth : public CPluginRenderer {
     void MIDICCChanged(int number) override;
     void MIDIAftertouchChanged() override;
     using CPluginRenderer::MIDIAftertouchChanged;
+    // These two, and controller 32 for the category, load at their place in the stream, without
+    // touching the disk.
+    void MIDIProgramChanged(int program) override;
+
+    CPresetList& GetPresetList() { return presets; }
 
     // All values to the table's defaults, the program to "<noname>", as one state. Any thread but
     // the audio thread.
@@ -65,8 +78,17 @@ class CNoravaSynth : public CPluginRenderer {
     PeakMeter& String2Peak() { return string2Peak; }
 
   private:
+    enum class SelectedFrom { currentCategory, categories };
+
     void InitParameterNames();
+    void ResetSound(double sampleRateHz);
+    void PutState(const InstrumentState& state);
     void StoreState(const InstrumentState& state);
+    void SelectProgram(SelectedFrom from, int index);
+    void SelectAwaited();
+    void TakeProgram(const CPresetList::SelectedProgram& selected);
+    void StoreProgram();
+    void RememberReportedValues();
     void AdvanceLfo(int frames);
     void RenderKeys(float* left, float* right, int frames);
     void ClearSound();
@@ -83,6 +105,21 @@ class CNoravaSynth : public CPluginRenderer {
     PeakMeter outputPeak;
     PeakMeter string1Peak;
     PeakMeter string2Peak;
+
+    // Audio thread. A selection that the library has not read yet, and a program that met another
+    // thread storing a state; both are tried again.
+    struct Awaited {
+        SelectedFrom from = SelectedFrom::currentCategory;
+        int index = 0;
+    };
+    std::optional<Awaited> awaited;
+    InstrumentState program;
+    bool programWaits = false;
+    // What the host believes, while a processing call changes programs.
+    std::array<float, kNumParameters> reportedValues{};
+    bool hasReportedValues = false;
+
+    CPresetList presets;
 };
 
 }  // namespace norava

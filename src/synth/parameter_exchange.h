@@ -24,6 +24,10 @@ class ParameterExchange {
     // thread.
     void Mark(int index) { pending_[Word(index)].fetch_or(Bit(index), std::memory_order_release); }
 
+    // Asks the audio thread to clear the sound before it applies anything that is marked by then.
+    // Any thread.
+    void MarkReset() { Mark(kReset); }
+
     // Runs `store`, which stores values and marks them, so that others see all of it or nothing.
     // Threads that store at once take turns. Any thread that may wait.
     template <typename Store>
@@ -42,15 +46,17 @@ class ParameterExchange {
     template <typename Read>
     void ReadWhole(Read read);
 
-    // Calls apply(index, value) for each marked parameter in ascending order, value = read(index).
+    // Calls reset() when that is asked for, and then apply(index, value) for each marked parameter
+    // in ascending order, value = read(index).
     // Does nothing while a state is being stored: its parameters stay marked for the next call.
     // Audio thread, or the only thread there is.
-    template <typename ReadValue, typename Apply>
-    void TakePending(ReadValue readValue, Apply apply);
+    template <typename ReadValue, typename Reset, typename Apply>
+    void TakePending(ReadValue readValue, Reset reset, Apply apply);
 
   private:
     static constexpr int kBits = 64;
-    static constexpr int kWords = (kNumParameters + kBits - 1) / kBits;
+    static constexpr int kReset = kNumParameters;  // its bit stands behind the parameters'
+    static constexpr int kWords = kReset / kBits + 1;
     static constexpr int kHopefulReads = 64;
     using Words = std::array<std::uint64_t, kWords>;
 
@@ -110,8 +116,8 @@ void ParameterExchange::ReadWhole(Read read) {
     StoreWhole(read);
 }
 
-template <typename ReadValue, typename Apply>
-void ParameterExchange::TakePending(ReadValue readValue, Apply apply) {
+template <typename ReadValue, typename Reset, typename Apply>
+void ParameterExchange::TakePending(ReadValue readValue, Reset reset, Apply apply) {
     if (!HasPending()) return;
     const std::uint32_t sequence = sequence_.load(std::memory_order_acquire);
     if (IsStoring(sequence)) return;
@@ -120,15 +126,19 @@ void ParameterExchange::TakePending(ReadValue readValue, Apply apply) {
     for (std::size_t w = 0; w < taken.size(); ++w) {
         taken[w] = pending_[w].exchange(0, std::memory_order_acquire);
     }
+    const bool resets = (taken[Word(kReset)] & Bit(kReset)) != 0;
+    Words marked = taken;
+    marked[Word(kReset)] &= ~Bit(kReset);
     std::array<float, kNumParameters> values;
-    ForEach(taken, [&](int i) { values[static_cast<std::size_t>(i)] = readValue(i); });
+    ForEach(marked, [&](int i) { values[static_cast<std::size_t>(i)] = readValue(i); });
     if (!StoodStill(sequence)) {
         for (std::size_t w = 0; w < taken.size(); ++w) {
             pending_[w].fetch_or(taken[w], std::memory_order_release);
         }
         return;
     }
-    ForEach(taken, [&](int i) { apply(i, values[static_cast<std::size_t>(i)]); });
+    if (resets) reset();
+    ForEach(marked, [&](int i) { apply(i, values[static_cast<std::size_t>(i)]); });
 }
 
 }  // namespace norava

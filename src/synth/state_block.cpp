@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <span>
+
+#include "framework/text_copy.h"
 
 namespace norava {
 
@@ -15,6 +18,11 @@ constexpr int kNameOffset = kStateMagicSize + kNumParameters * kStateValueSize;
 constexpr int kShortestValue = 3;  // bytes; what is left of a value that is still taken as one
 
 }  // namespace
+
+void NameState(InstrumentState& state, std::string_view name) {
+    state.hasName = true;
+    CopyText(std::span(state.name).first(kStateNameSize), name);
+}
 
 void WriteStateBlock(const InstrumentState& state, char* block) {
     std::memset(block, 0, kStateSize);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <string_view>
 
 #include "parameters/parameter_index.h"
 
@@ -26,6 +27,9 @@ struct InstrumentState {
     bool hasName = false;
     std::array<char, kStateNameSize + 1> name{};  // always terminated
 };
+
+// Gives the state a name, cut to what its field holds.
+void NameState(InstrumentState& state, std::string_view name);
 
 // Writes kStateSize bytes, the same ones for the same state.
 void WriteStateBlock(const InstrumentState& state, char* block);

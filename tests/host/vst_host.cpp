@@ -2,15 +2,34 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <memory>
 
 namespace norava {
 
+std::string UseProgramFolder(const std::string& name) {
+    namespace fs = std::filesystem;
+    static const fs::path mine =
+        fs::temp_directory_path() / ("norava-host-tests-" + std::to_string(getpid()));
+    static const auto removeAtEnd = std::shared_ptr<void>(nullptr, [](void*) {
+        std::error_code ignored;
+        fs::remove_all(mine, ignored);
+    });
+    const fs::path root = mine / name / "Hollo-Vane" / "Shared Data" / "Norava";
+    fs::create_directories(root);
+    setenv("XDG_DATA_HOME", (mine / name).c_str(), 1);
+    return root.string();
+}
+
 VstModule::Entry VstModule::GetEntry() {
     static const Entry entry = [] {
+        UseProgramFolder("empty");
         void* const module = dlopen(NORAVA_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
         EXPECT_NE(module, nullptr) << dlerror();
         return module != nullptr ? reinterpret_cast<Entry>(dlsym(module, "VSTPluginMain"))

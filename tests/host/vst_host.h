@@ -17,6 +17,10 @@ class VstModule {
     static Entry GetEntry();
 };
 
+// From now on instances take the programs of a folder of the tests' own, never the user's. Returns
+// the library's root in it, which is made. An empty folder is used until the first call.
+std::string UseProgramFolder(const std::string& name);
+
 // One instance as a host sees it: nothing but the record and the callback.
 class VstInstance {
   public:

@@ -11,7 +11,7 @@ module=$(realpath "${1:-$here/../../build/release/norava.so}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export HOME=$work/home NORAVA_WORK=$work
-export XDG_CONFIG_HOME=$HOME/.config XDG_CACHE_HOME=$HOME/.cache
+export XDG_CONFIG_HOME=$HOME/.config XDG_CACHE_HOME=$HOME/.cache XDG_DATA_HOME=$HOME/.local/share
 export LXVST_PATH=$HOME/.lxvst QT_QPA_PLATFORM=offscreen
 mkdir -p "$LXVST_PATH" "$XDG_CONFIG_HOME" "$XDG_CACHE_HOME"
 cp "$module" "$LXVST_PATH/norava.so"

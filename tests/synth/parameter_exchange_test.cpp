@@ -25,11 +25,12 @@ class ParameterExchangeTest : public testing::Test {
     float Read(int index) const { return values_[static_cast<std::size_t>(index)]; }
     Applied Take() {
         Applied applied;
-        exchange_.TakePending([this](int i) { return Read(i); },
+        exchange_.TakePending([this](int i) { return Read(i); }, [&] { ++resets_; },
                               [&](int i, float value) { applied.emplace_back(i, value); });
         return applied;
     }
 
+    int resets_ = 0;
     ParameterExchange exchange_;
     std::array<float, kNumParameters> values_{};
 };
@@ -56,6 +57,19 @@ TEST_F(ParameterExchangeTest, TakesNothingOfAStateThatIsBeingStored) {
     EXPECT_EQ(Take(), (Applied{{1, 1.0f}, {2, 1.0f}, {5, 1.0f}}));
 }
 
+TEST_F(ParameterExchangeTest, ResetsWithTheStateThatAskedForIt) {
+    exchange_.StoreWhole([&] {
+        exchange_.MarkReset();
+        Store(1, 1.0f);
+        Take();
+        EXPECT_EQ(resets_, 0);
+    });
+    EXPECT_EQ(Take(), (Applied{{1, 1.0f}}));
+    EXPECT_EQ(resets_, 1);
+    Take();
+    EXPECT_EQ(resets_, 1);
+}
+
 TEST_F(ParameterExchangeTest, DropsACopyThatAStateFellInto) {
     Store(1, 1.0f);
     Store(2, 1.0f);
@@ -66,7 +80,7 @@ TEST_F(ParameterExchangeTest, DropsACopyThatAStateFellInto) {
                 exchange_.StoreWhole([&] { Store(1, 9.0f), Store(2, 9.0f), Store(3, 9.0f); });
             return Read(i);
         },
-        [&](int i, float value) { applied.emplace_back(i, value); });
+        [] {}, [&](int i, float value) { applied.emplace_back(i, value); });
     EXPECT_EQ(applied, Applied()) << "1 is of the old state and 2 of the new one";
     EXPECT_EQ(Take(), (Applied{{1, 9.0f}, {2, 9.0f}, {3, 9.0f}}));
 }
