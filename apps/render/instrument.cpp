@@ -26,6 +26,10 @@ bool IsState(std::span<const char> bytes) {
     return size == renderer->SaveState(nullptr) && renderer->LoadState(bytes.data(), size);
 }
 
+bool IsProgram(std::span<const char> bytes) {
+    return MakeRenderer()->LoadState(bytes.data(), int(bytes.size()));
+}
+
 Instrument::Instrument(double sampleRateHz, const Sound& sound) : renderer_(MakeRenderer()) {
     renderer_->Reset(sampleRateHz);
     if (!sound.state.empty()) {

@@ -15,6 +15,9 @@ class CPluginRenderer;
 // Whether the instrument takes these bytes as its whole state.
 bool IsState(std::span<const char> bytes);
 
+// Whether the instrument takes them as a program, which may lack values at its end.
+bool IsProgram(std::span<const char> bytes);
+
 // One instance of the plug-in's engine, driven the way a host's adapter drives it. One thread.
 class Instrument {
   public:

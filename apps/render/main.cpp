@@ -13,6 +13,7 @@
 #include "render/instrument.h"
 #include "render/options.h"
 #include "render/output_plan.h"
+#include "render/programs.h"
 #include "render/progress.h"
 #include "render/report.h"
 
@@ -35,15 +36,18 @@ void Complain(const std::string& what) {
 Outcome Render(const RenderTask& task, const RenderSettings& settings, Progress& progress,
                std::size_t number) {
     Outcome outcome;
-    progress.Begin(task.input.string());
+    const auto& shown = task.input.empty() ? task.output : task.input;
+    progress.Begin(shown.string());
     try {
+        RenderSettings own = settings;
+        if (!task.state.empty()) own.sound.state = task.state;
         outcome.result = RenderSong(
-            task.input, task.output, settings, [&](double part) { progress.Update(number, part); },
+            task.input, task.output, own, [&](double part) { progress.Update(number, part); },
             interrupted);
     } catch (const OutputError& error) {
         outcome.error = task.output.string() + ": " + error.what();
     } catch (const std::exception& error) {
-        outcome.error = task.input.string() + ": " + error.what();
+        outcome.error = shown.string() + ": " + error.what();
     }
     progress.Update(number, 1.0);
     return outcome;
@@ -77,6 +81,12 @@ void PrepareRender(Options& options) {
             throw BadInput(options.state.string() + ": this is not a state of the instrument");
         }
     }
+    if (!options.program.empty()) {
+        render.sound.state = FindProgram(options.program, options.library).state;
+        if (!IsProgram(render.sound.state)) {
+            throw BadInput(options.program + ": this is not a program of the instrument");
+        }
+    }
     if (!options.patch.empty()) render.sound.settings = LoadPatch(options.patch);
     for (const std::string& text : options.settings) {
         render.sound.settings.push_back(ParseSetting(text));
@@ -93,8 +103,14 @@ int Run(int argc, const char* const* argv) {
         WriteParameterList(std::cout, options->json);
         return 0;
     }
+    if (options->listPrograms) {
+        WriteProgramList(std::cout, ListPrograms(options->library), options->json);
+        return 0;
+    }
     PrepareRender(*options);
-    const std::vector<RenderTask> tasks = PlanOutputs(*options);
+    const std::vector<RenderTask> tasks =
+        options->allPrograms ? PlanOutputs(*options, ListPrograms(options->library))
+                             : PlanOutputs(*options);
     std::signal(SIGINT, Interrupt);
     std::signal(SIGTERM, Interrupt);
     const std::vector<Outcome> outcomes = RenderAll(tasks, *options);

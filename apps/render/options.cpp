@@ -20,7 +20,8 @@ constexpr double kQuietestTarget = -70.0;  // LUFS; below it nothing counts as s
 
 constexpr const char* kAbout =
     "Plays Standard MIDI Files on the Norava string synthesizer and writes what it hears.\n"
-    "The sound starts from the instrument's defaults; --state, --patch and --set change it.";
+    "The sound starts from the instrument's defaults; --state, --program, --patch and --set change "
+    "it.";
 
 constexpr const char* kExamples =
     "Examples:\n"
@@ -56,6 +57,14 @@ struct RawOptions {
 void AddSoundOptions(CLI::App& app, Options& options) {
     app.add_option("--state", options.state, "Start from this 588-byte state, as hosts save it")
         ->type_name("FILE");
+    app.add_option("--program", options.program,
+                   "Start from this program: \"Category/Name\" or a program file")
+        ->type_name("PROGRAM");
+    app.add_option("--library", options.library,
+                   "Take programs from this folder of categories, not the built-in ones")
+        ->type_name("FOLDER");
+    app.add_flag("--all-programs", options.allPrograms,
+                 "Render the songs, or a short phrase without any, with each program");
     app.add_option("--patch", options.patch, "Then take the lines 'name = value' of this text file")
         ->type_name("FILE");
     app.add_option("--set", options.settings,
@@ -110,6 +119,8 @@ void AddEngineOptions(CLI::App& app, Options& options) {
 void AddReportOptions(CLI::App& app, Options& options) {
     app.add_flag("--list-parameters", options.listParameters,
                  "List the parameters with their numbers, defaults and menus");
+    app.add_flag("--list-programs", options.listPrograms,
+                 "List the programs in the order of their numbers");
     app.add_flag("--json", options.json, "Write the report or the list for machines");
     app.add_flag("-q,--quiet", options.quiet, "No progress and no report; a hash is still printed");
     app.set_version_flag("--version", [] {
@@ -133,7 +144,11 @@ void ChooseContainer(Options& options, const std::string& named) {
 }
 
 void CheckTogether(const Options& options) {
-    if (options.inputs.empty() && !options.listParameters) {
+    const int starts =
+        int(!options.state.empty()) + int(!options.program.empty()) + int(options.allPrograms);
+    if (starts > 1) throw BadInput("takes one of --state, --program and --all-programs");
+    const bool onlyLists = options.listParameters || options.listPrograms;
+    if (options.inputs.empty() && !onlyLists && !options.allPrograms) {
         throw BadInput("needs a MIDI file (--help explains)");
     }
     const bool compressed = options.container == Container::ogg;

@@ -18,10 +18,14 @@ struct Options {
     std::optional<SampleFormat> samples;  // unless the container's default is wanted
     std::filesystem::path state;          // empty: the defaults
     std::filesystem::path patch;          // empty: none
+    std::string program;                  // "Category/Name" or a file; empty: the defaults
+    std::filesystem::path library;        // folder of programs; empty: the built-in ones
     std::vector<std::string> settings;    // NAME=VALUE
     RenderSettings render;
     int jobs = 1;
     bool listParameters = false;
+    bool listPrograms = false;
+    bool allPrograms = false;
     bool json = false;
     bool quiet = false;
 };

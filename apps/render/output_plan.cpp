@@ -32,12 +32,12 @@ std::vector<RenderTask> PlanOutputs(const Options& options) {
     const bool writes = !options.output.empty() || !options.render.hash;
     if (!writes) {
         for (const fs::path& input : options.inputs)
-            tasks.push_back({input, {}});
+            tasks.push_back({input, {}, {}});
         return tasks;
     }
     const bool oneFile =
         options.inputs.size() == 1 && !options.output.empty() && !NamesFolder(options.output);
-    if (oneFile) return {{options.inputs.front(), options.output}};
+    if (oneFile) return {{options.inputs.front(), options.output, {}}};
 
     const fs::path folder = options.output.empty() ? fs::path(".") : options.output;
     MakeFolder(folder);
@@ -48,7 +48,31 @@ std::vector<RenderTask> PlanOutputs(const Options& options) {
         if (!names.insert(name).second) {
             throw BadInput("two songs would both become " + name.string());
         }
-        tasks.push_back({input, options.output.empty() ? name : folder / name});
+        tasks.push_back({input, options.output.empty() ? name : folder / name, {}});
+    }
+    return tasks;
+}
+
+std::vector<RenderTask> PlanOutputs(const Options& options,
+                                    const std::vector<NamedProgram>& programs) {
+    const bool writes = !options.output.empty() || !options.render.hash;
+    const fs::path folder = options.output.empty() ? fs::path(".") : options.output;
+    if (writes) MakeFolder(folder);
+    std::vector<fs::path> inputs = options.inputs;
+    if (inputs.empty()) inputs.emplace_back();
+    std::vector<RenderTask> tasks;
+    std::set<fs::path> names;
+    for (const NamedProgram& program : programs) {
+        if (program.state.empty()) throw BadInput(program.FullName() + ": this is not a program");
+        for (const fs::path& input : inputs) {
+            fs::path name = input.empty() ? fs::path() : input.stem() += " - ";
+            name += program.category + " - " + program.name;
+            name += EndingOf(options.container.value_or(Container::wav));
+            if (!names.insert(name).second) {
+                throw BadInput("two programs would both become " + name.string());
+            }
+            tasks.push_back({input, writes ? folder / name : fs::path(), program.state});
+        }
     }
     return tasks;
 }

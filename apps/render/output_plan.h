@@ -4,16 +4,22 @@
 #include <vector>
 
 #include "render/options.h"
+#include "render/programs.h"
 
 namespace norava {
 
 struct RenderTask {
-    std::filesystem::path input;
+    std::filesystem::path input;   // empty: the phrase that shows a program
     std::filesystem::path output;  // empty: nothing is written
+    std::vector<char> state{};     // a program's; empty: what all songs have in common
 };
 
 // Which song goes into which file. Makes the folder that several songs go to; throws BadInput when
 // that is impossible or two songs would have one name.
 std::vector<RenderTask> PlanOutputs(const Options& options);
+
+// The same with each of these programs; files are called after song and program.
+std::vector<RenderTask> PlanOutputs(const Options& options,
+                                    const std::vector<NamedProgram>& programs);
 
 }  // namespace norava

@@ -11,6 +11,7 @@
 #include "render/meters.h"
 #include "render/midi_song.h"
 #include "render/note_endings.h"
+#include "render/programs.h"
 #include "render/sample_sink.h"
 #include "render/song_player.h"
 #include "render/tail.h"
@@ -24,7 +25,7 @@ double Decibels(double factor) {
 }
 
 MidiSong LoadPlayableSong(const std::filesystem::path& input, bool pedal) {
-    MidiSong song = LoadMidiSong(input);
+    MidiSong song = input.empty() ? ProgramPhrase() : LoadMidiSong(input);
     if (pedal) HoldNotesByPedal(song);
     ReleaseHangingNotes(song);
     return song;

@@ -35,7 +35,8 @@ struct RenderResult {
 };
 
 // Renders one song with an engine of its own. `progress` hears the part done, 0..1; when
-// `interrupted` becomes true the rendering is given up. Nothing is written for an empty `output`.
+// `interrupted` becomes true the rendering is given up. An empty `input` is the phrase that
+// shows a program. Nothing is written for an empty `output`.
 // Throws BadInput, and then leaves no file behind. Any thread.
 RenderResult RenderSong(const std::filesystem::path& input, const std::filesystem::path& output,
                         const RenderSettings& settings, const std::function<void(double)>& progress,

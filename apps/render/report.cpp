@@ -114,4 +114,22 @@ void WriteParameterList(std::ostream& out, bool json) {
     if (json) out << list.dump(2) << "\n";
 }
 
+void WriteProgramList(std::ostream& out, const std::vector<NamedProgram>& programs, bool json) {
+    Json list = Json::array();
+    int category = -1;
+    int number = 0;
+    for (std::size_t i = 0; i < programs.size(); ++i) {
+        const NamedProgram& program = programs[i];
+        const bool isNew = i == 0 || programs[i - 1].category != program.category;
+        category += isNew ? 1 : 0;
+        number = isNew ? 0 : number + 1;
+        if (!json) out << program.FullName() << "\n";
+        list.push_back({{"category", program.category},
+                        {"name", program.name},
+                        {"categoryNumber", category},
+                        {"programNumber", number}});
+    }
+    if (json) out << list.dump(2) << "\n";
+}
+
 }  // namespace norava

@@ -7,6 +7,7 @@
 
 #include "render/options.h"
 #include "render/output_plan.h"
+#include "render/programs.h"
 
 namespace norava {
 
@@ -21,5 +22,9 @@ void WriteReport(std::ostream& out, const Options& options, const std::vector<Re
                  const std::vector<Outcome>& outcomes);
 
 void WriteParameterList(std::ostream& out, bool json);
+
+// Category and name, as --program takes them; for machines with the numbers that MIDI selects them
+// by.
+void WriteProgramList(std::ostream& out, const std::vector<NamedProgram>& programs, bool json);
 
 }  // namespace norava
