@@ -48,7 +48,8 @@ std::vector<NamedProgram> ListPrograms(const fs::path& library) {
     }
     scanner.ReadSome(std::numeric_limits<int>::max());
     std::vector<NamedProgram> programs;
-    for (const LibraryCategory& category : scanner.MakeSnapshot()->Categories()) {
+    const auto snapshot = scanner.MakeSnapshot();
+    for (const LibraryCategory& category : snapshot->Categories()) {
         for (const LibraryProgram& program : category.programs) {
             programs.push_back({std::string(category.Name()), std::string(program.Name()),
                                 StateOf(program.block.get())});
