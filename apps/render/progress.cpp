@@ -12,6 +12,14 @@ namespace {
 constexpr int kBarWidth = 40;
 constexpr auto kDrawInterval = std::chrono::milliseconds(100);
 
+void DrawBar(double part) {
+    const int filled = int(part * kBarWidth);
+    const std::string bar =
+        std::string(std::size_t(filled), '#') + std::string(std::size_t(kBarWidth - filled), '-');
+    std::fprintf(stderr, "\r[%s] %3.0f %%", bar.c_str(), 100.0 * part);
+    std::fflush(stderr);
+}
+
 }  // namespace
 
 Progress::Progress(std::size_t songs, bool silent)
@@ -30,18 +38,10 @@ void Progress::Update(std::size_t song, double part) {
     const auto now = std::chrono::steady_clock::now();
     if (now - lastDrawn_ < kDrawInterval) return;
     lastDrawn_ = now;
-    Draw(std::accumulate(parts_.begin(), parts_.end(), 0.0) / double(parts_.size()));
+    DrawBar(std::accumulate(parts_.begin(), parts_.end(), 0.0) / double(parts_.size()));
 }
 
-void Progress::Draw(double part) {
-    const int filled = int(part * kBarWidth);
-    const std::string bar =
-        std::string(std::size_t(filled), '#') + std::string(std::size_t(kBarWidth - filled), '-');
-    std::fprintf(stderr, "\r[%s] %3.0f %%", bar.c_str(), 100.0 * part);
-    std::fflush(stderr);
-}
-
-void Progress::End() {
+void Progress::End() const {
     if (silent_ || !terminal_) return;
     constexpr const char* kClearLine = "\r\033[K";
     std::fputs(kClearLine, stderr);

@@ -15,11 +15,9 @@ class Progress {
 
     void Begin(const std::string& name);
     void Update(std::size_t song, double part);  // 0..1
-    void End();                                  // takes the bar away
+    void End() const;                            // takes the bar away
 
   private:
-    void Draw(double part);
-
     std::mutex mutex_;
     std::vector<double> parts_;  // done of each song
     std::chrono::steady_clock::time_point lastDrawn_{};
