@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <span>
+#include <string>
 
 namespace norava {
 
@@ -57,9 +59,13 @@ class CPluginEditorInterface {
     virtual void ValuesChanged() = 0;   // every control takes its parameter's value
     virtual void ProgramChanged() = 0;  // program name and browser lists are read again
     virtual void Redraw() = 0;          // the whole panel is painted and shown
-    // Asks the user for a file over the panel's window. False when the user cancels; otherwise
-    // `path` holds the full path.
-    virtual bool AskForFile(const FileRequest& request, std::span<char> path) = 0;
+    // Asks the user for a file over the panel's window and returns at once. `chosen` is called with
+    // the full path later on this thread, or not at all when the user cancels or the panel closes.
+    // False, and nothing asked, while no window is open.
+    virtual bool AskForFile(const FileRequest& request,
+                            std::function<void(const std::string& path)> chosen) = 0;
+    // Tells the user over the panel's window what went wrong; nothing while no window is open.
+    virtual void ShowMessage(const std::string& title, const std::string& text) = 0;
     virtual void ShowBrowser() = 0;
     virtual void ShowAboutBox() = 0;
 };

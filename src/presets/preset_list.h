@@ -57,10 +57,11 @@ class CPresetList {
     std::shared_ptr<const LibrarySnapshot> GetLibrary() const;
     std::uint32_t GetLibraryRevision() const;
 
-    // Both ask the user for a file when `path` is null; cancelling is success. Load: false for a
-    // file that is none, is too long or too short, or that the renderer refuses; its values stay
-    // then. Save: the old file stays when anything fails; a bare name goes into the current
-    // category, "User" without one. The host hears of changed parameters, the panel of all.
+    // Both ask the user for a file when `path` is null: true when the panel asks; it goes on by
+    // itself then and tells of a failure. Load: false for a file that is none, is too long or too
+    // short, or that the renderer refuses; its values stay then. Save: the old file stays when
+    // anything fails; a bare name goes into the current category, "User" without one. The host
+    // hears of changed parameters, the panel of all.
     bool LoadProgramFromFile(const char* path);
     bool SaveProgramToFile(const char* path);
 
@@ -108,7 +109,8 @@ class CPresetList {
     bool Load(const std::string& path);
     bool Save(const std::string& path);
     std::string SavingFolder() const;
-    std::string AskForFile(bool save) const;
+    bool AskForFile(bool save);
+    std::string WithExtension(const std::string& path) const;
     void ShowEverything() const;
 
     CPluginRenderer* const renderer;

@@ -45,7 +45,9 @@ void ReportDifferences(CPluginRenderer& renderer, const std::vector<float>& befo
 
 }  // namespace
 
-std::string CPresetList::AskForFile(bool save) const {
+bool CPresetList::AskForFile(bool save) {
+    CPluginEditorInterface* const editor = renderer->GetEditor();
+    if (editor == nullptr) return false;
     const CPluginInstance* const definition = GetPluginInstance();
     const std::string folder = save ? SavingFolder() : GetCatFolder();
     const std::string name = GetProgramName();
@@ -60,12 +62,19 @@ std::string CPresetList::AskForFile(bool save) const {
     request.extensions = std::span(extensions).first(save ? 1 : 2);
     request.save = save;
     if (save) (void)CFileManager().CreateDirectory(folder.c_str());
-    std::array<char, kPathBufferBytes> path{};
-    if (!renderer->GetEditor()->AskForFile(request, path)) return {};
-    const std::string chosen = path.data();
-    // A file without the extension would never be listed.
-    const bool complete = !save || chosen.ends_with('.' + extension);
-    return complete ? chosen : chosen + '.' + extension;
+    return editor->AskForFile(request, [this, save](const std::string& path) {
+        if (save ? Save(WithExtension(path)) : Load(path)) return;
+        if (CPluginEditorInterface* const panel = renderer->GetEditor())
+            panel->ShowMessage(save ? "Save Program" : "Load Program",
+                               (save ? "This program could not be saved:\n"
+                                     : "This file holds no program of this instrument:\n") +
+                                   path);
+    });
+}
+
+// A file without the extension would never be listed.
+std::string CPresetList::WithExtension(const std::string& path) const {
+    return path.ends_with('.' + extension) ? path : path + '.' + extension;
 }
 
 void CPresetList::ShowEverything() const {
@@ -77,10 +86,7 @@ void CPresetList::ShowEverything() const {
 }
 
 bool CPresetList::LoadProgramFromFile(const char* path) {
-    if (path != nullptr) return Load(path);
-    if (renderer->GetEditor() == nullptr) return false;
-    const std::string chosen = AskForFile(false);
-    return chosen.empty() || Load(chosen);
+    return path != nullptr ? Load(path) : AskForFile(false);
 }
 
 bool CPresetList::Load(const std::string& path) {
@@ -107,16 +113,11 @@ std::string CPresetList::SavingFolder() const {
 
 bool CPresetList::SaveProgramToFile(const char* path) {
     if (library) library->PrepareForSaving();
-    if (path == nullptr) {
-        if (renderer->GetEditor() == nullptr) return false;
-        const std::string chosen = AskForFile(true);
-        return chosen.empty() || Save(chosen);
-    }
+    if (path == nullptr) return AskForFile(true);
     const std::string name = path;
     if (name.empty() || name.find('/') != name.npos) return Save(name);
     const std::string folder = SavingFolder();
-    const std::string ending = name.ends_with('.' + extension) ? "" : '.' + extension;
-    return !folder.empty() && Save(folder + '/' + name + ending);
+    return !folder.empty() && Save(folder + '/' + WithExtension(name));
 }
 
 bool CPresetList::Save(const std::string& path) {

@@ -99,7 +99,10 @@ class FakeEditor final : public CPluginEditorInterface {
     void ValuesChanged() override {}
     void ProgramChanged() override {}
     void Redraw() override {}
-    bool AskForFile(const FileRequest&, std::span<char>) override { return false; }
+    bool AskForFile(const FileRequest&, std::function<void(const std::string&)>) override {
+        return false;
+    }
+    void ShowMessage(const std::string&, const std::string&) override {}
     void ShowBrowser() override {}
     void ShowAboutBox() override {}
 
