@@ -23,4 +23,8 @@ void CPluginWrapper::TQ_UpdateKeymap() {}
 void CPluginWrapper::TQ_PreviewNoteOff(int) {}
 void CPluginWrapper::TQ_PreviewNoteOn(int, float) {}
 
+bool CPluginWrapper::ResizeEditor(int, int) {
+    return false;
+}
+
 }  // namespace norava

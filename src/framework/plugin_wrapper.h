@@ -25,6 +25,10 @@ class CPluginWrapper {
     virtual void TQ_PreviewNoteOff(int note);
     virtual void TQ_PreviewNoteOn(int note, float velocity);
 
+    // The panel wants its window in the host to be of another size, in stored pixels. False when
+    // the host cannot: the window then has the new size when it opens again. Editor's thread.
+    virtual bool ResizeEditor(int width, int height);
+
   protected:
     CPluginWrapper() = default;
     ~CPluginWrapper() = default;  // never deleted through this base

@@ -35,6 +35,15 @@ bool CGraphicBuffer::SetSize(CSize newSize) {
     return true;
 }
 
+bool CGraphicBuffer::SetSclFactor(int scale) {
+    const int wanted = std::clamp(scale, 1, kMaxScaleFactor);
+    if (wanted == scaleFactor) return true;
+    const CSize kept = size;
+    Destroy();
+    scaleFactor = wanted;
+    return SetSize(kept);
+}
+
 void CGraphicBuffer::Destroy() {
     store.reset();
     size = CSize();

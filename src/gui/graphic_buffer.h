@@ -135,6 +135,9 @@ class CGraphicBuffer {
     // Blends, inside the clip rectangle.
     void SetColorAt(int x, int y, CColor color);
     [[nodiscard]] int GetSclFactor() const { return scaleFactor; }
+    // Brought into 1 .. 4. Another factor starts again with all words 0 and the same logical size;
+    // false, with an empty buffer, when the memory is refused.
+    bool SetSclFactor(int scale);
 
     // How many live buffers share the built-in fonts.
     [[nodiscard]] static long FontRefNum();

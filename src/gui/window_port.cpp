@@ -87,6 +87,10 @@ void CWindowPort::SetSize(CSize newSize) {
     UpdateScreen();
 }
 
+void CWindowPort::SetSclFactor(int scale) {
+    if (!IsOpen()) buffer.SetSclFactor(scale);
+}
+
 CGraphicBuffer* CWindowPort::GetGraphicBuffer() {
     return buffer.IsSafe() ? &buffer : nullptr;
 }

@@ -129,6 +129,8 @@ class CWindowPort {
     [[nodiscard]] bool IsMouseButtonDown(int button) const;
     [[nodiscard]] bool GetTrackingOption() const { return trackingOption; }
     [[nodiscard]] int GetSclFactor() const { return buffer.GetSclFactor(); }
+    // Stored pixels a logical pixel, 1 .. 4, from the next opening on. Nothing while open.
+    void SetSclFactor(int scale);
     // In the order of attachment, the root group first.
     [[nodiscard]] const std::vector<std::unique_ptr<CControlGroup>>& GetControlGroups() const {
         return groups;

@@ -22,15 +22,14 @@ EditorKey Key(int character, int virtualKey, float modifiers) {
 }  // namespace
 
 CVSTEditor::CVSTEditor(std::unique_ptr<CPluginEditorInterface> editor)
-    : pluginEditor(std::move(editor)) {
-    const EditorSize size = pluginEditor->GetEditorSize();
-    rect = {0, 0, Pixels(size.height), Pixels(size.width)};
-}
+    : pluginEditor(std::move(editor)) {}
 
 CVSTEditor::~CVSTEditor() = default;
 
 bool CVSTEditor::getRect(vst::ERect** target) noexcept {
     if (target == nullptr) return false;
+    const EditorSize size = pluginEditor->GetEditorSize();
+    rect = {0, 0, Pixels(size.height), Pixels(size.width)};
     *target = &rect;
     return true;
 }

@@ -10,8 +10,6 @@ namespace norava {
 // The panel as the interface sees it. User-interface thread.
 class CVSTEditor {
   public:
-    // Takes the size from the panel once: hosts ask for the rectangle at any time, before a window
-    // exists too.
     explicit CVSTEditor(std::unique_ptr<CPluginEditorInterface> editor);
     ~CVSTEditor();
     CVSTEditor(const CVSTEditor&) = delete;
@@ -19,6 +17,7 @@ class CVSTEditor {
 
     CPluginEditorInterface& GetPluginEditor() noexcept { return *pluginEditor; }
 
+    // As the panel's size is now; hosts ask at any time, before a window exists too.
     bool getRect(vst::ERect** target) noexcept;
     bool open(void* parent);
     void close();

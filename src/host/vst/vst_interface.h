@@ -114,8 +114,10 @@ enum HostOpcode : i32 {
     audioMasterAutomate = 0,
     audioMasterVersion = 1,
     audioMasterGetTime = 7,
+    audioMasterSizeWindow = 15,
     audioMasterGetVendorString = 32,
     audioMasterGetProductString = 33,
+    audioMasterCanDo = 37,
     audioMasterBeginEdit = 43,
     audioMasterEndEdit = 44,
 };

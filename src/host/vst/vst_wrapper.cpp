@@ -207,4 +207,10 @@ void CVSTWrapper::FinishAutomation(int index) {
     if (IsParam(index)) CallHost(vst::audioMasterEndEdit, index, 0, nullptr, 0.0f);
 }
 
+bool CVSTWrapper::ResizeEditor(int width, int height) {
+    char question[] = "sizeWindow";
+    if (CallHost(vst::audioMasterCanDo, 0, 0, question, 0.0f) != 1) return false;
+    return CallHost(vst::audioMasterSizeWindow, width, height, nullptr, 0.0f) == 1;
+}
+
 }  // namespace norava

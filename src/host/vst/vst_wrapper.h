@@ -71,6 +71,7 @@ class CVSTWrapper final : public CPluginWrapper {
     void ParameterChanged(int index, float value) override;
     void BeginAutomation(int index) override;
     void FinishAutomation(int index) override;
+    bool ResizeEditor(int width, int height) override;
 
   private:
     void Process(float** inputs, float** outputs, int frames, bool replacing) NORAVA_NONBLOCKING;
