@@ -33,20 +33,17 @@ constexpr std::string_view kUnfinishedSuffix = ".tmp";
 class Descriptor {
   public:
     explicit Descriptor(int number) : fd(number) {}
-    ~Descriptor() { Close(); }
+    ~Descriptor() {
+        if (fd >= 0) close(fd);
+    }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
     [[nodiscard]] int Get() const { return fd; }
     [[nodiscard]] bool IsOpen() const { return fd >= 0; }
-    bool Close() {
-        const int old = fd;
-        fd = -1;
-        return old < 0 || close(old) == 0;
-    }
 
   private:
-    int fd;
+    const int fd;
 };
 
 std::string FolderOf(const std::string& path) {
@@ -87,15 +84,21 @@ void FlushFolder(const std::string& folder) {
     if (opened.IsOpen()) fsync(opened.Get());
 }
 
+// Between making the file and locking it another process may take it for a leftover; then it is
+// written once more.
 bool WriteBesideAndRename(const std::string& target, int mode, const char* bytes, size_t count) {
-    const std::string beside = UnfinishedName(target);
-    Descriptor file(open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!file.IsOpen()) return false;
-    flock(file.Get(), LOCK_EX | LOCK_NB);
-    const bool good =
-        WriteContent(file.Get(), mode, bytes, count) && rename(beside.c_str(), target.c_str()) == 0;
-    if (!good) unlink(beside.c_str());
-    return good;
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        const std::string beside = UnfinishedName(target);
+        const Descriptor file(open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        if (!file.IsOpen()) return false;
+        flock(file.Get(), LOCK_EX | LOCK_NB);
+        const bool written = WriteContent(file.Get(), mode, bytes, count);
+        if (written && rename(beside.c_str(), target.c_str()) == 0) return true;
+        const bool wasRemoved = written && errno == ENOENT;
+        unlink(beside.c_str());
+        if (!wasRemoved) return false;
+    }
+    return false;
 }
 
 #ifdef __linux__
@@ -104,7 +107,7 @@ bool WriteBesideAndRename(const std::string& target, int mode, const char* bytes
 // Empty: this file system knows no such files.
 std::optional<bool> WriteNamelessAndLink(const std::string& target, int mode, const char* bytes,
                                          size_t count) {
-    Descriptor file(open(FolderOf(target).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666));
+    const Descriptor file(open(FolderOf(target).c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666));
     const std::string own = "/proc/self/fd/" + std::to_string(file.Get());
     if (!file.IsOpen() || access(own.c_str(), F_OK) != 0) return std::nullopt;
     flock(file.Get(), LOCK_EX | LOCK_NB);
@@ -142,10 +145,6 @@ bool RenameToNew(const char* from, const char* to) {
     return lstat(to, &status) != 0 && errno == ENOENT && rename(from, to) == 0;
 }
 
-bool IsUnfinishedName(std::string_view name) {
-    return name.starts_with(kUnfinishedPrefix) && name.ends_with(kUnfinishedSuffix);
-}
-
 void RemoveTree(const std::string& path) {
     std::error_code ignored;
     std::filesystem::remove_all(path, ignored);
@@ -153,20 +152,23 @@ void RemoveTree(const std::string& path) {
 
 }  // namespace
 
+bool IsUnfinishedName(std::string_view name) {
+    return name.starts_with(kUnfinishedPrefix) && name.ends_with(kUnfinishedSuffix);
+}
+
 bool ReplaceFile(const char* path, const void* bytes, size_t count) {
     std::string target = path;
     int mode = -1;
-    const EntryKind kind = KindOf(path);
-    if (kind == EntryKind::file) {
+    struct stat status {};
+    if (stat(path, &status) == 0) {
         // Renaming over a link would leave the link's target old and the link gone.
         const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path, nullptr), std::free);
-        struct stat status {};
-        if (!resolved || stat(resolved.get(), &status) != 0) return false;
+        if (!resolved || !S_ISREG(status.st_mode)) return false;
         target = resolved.get();
         mode = static_cast<int>(status.st_mode & 0777);
         if (access(target.c_str(), W_OK) != 0) return false;  // a locked file stays as it is
-    } else if (kind != EntryKind::none) {
-        return false;
+    } else if (errno != ENOENT || lstat(path, &status) == 0) {
+        return false;  // a link that leads nowhere stays, too
     }
     if (!WriteWhole(target, mode, static_cast<const char*>(bytes), count)) return false;
     FlushFolder(FolderOf(target));

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <functional>
 #include <optional>
+#include <string_view>
 
 // What the file classes need of an operating system; one source a system implements it. Paths are
 // UTF-8 with '/' between folders. Nothing here may be called on the audio thread.
@@ -49,9 +50,12 @@ struct FileStamp {
 // Empty for everything but a regular file.
 [[nodiscard]] std::optional<FileStamp> StampOf(const char* path);
 
-// Puts `bytes` in place of the file at `path` in one step: a reader, a crash or a full disk meets
-// the old content or the new, never a mixture, and nothing is left beside it. A link at `path`
-// keeps leading to the file that is replaced, and the file keeps its permissions.
+// Puts `bytes` in place of the file at `path` in one step: a reader, a kill, a power failure or a
+// full disk meets the old content or the new, never a mixture. A call that returns leaves nothing
+// beside it, whatever went wrong. A kill leaves nothing either, except between the last two steps
+// of replacing a file (or on a file system without nameless files): then the whole new content lies
+// beside it under a hidden name, until RemoveLeftovers meets it. A link at `path` keeps leading to
+// the file that is replaced, and the file keeps its permissions.
 [[nodiscard]] bool ReplaceFile(const char* path, const void* bytes, size_t count);
 
 // Makes a folder that appears under its name only when it is complete: `fill` gets the name of a
@@ -60,8 +64,10 @@ struct FileStamp {
 using FolderFiller = std::function<bool(const char* unfinished)>;
 [[nodiscard]] bool PublishFolder(const char* path, const FolderFiller& fill);
 
-// Removes what the two above could not clear away because their process was killed. What another
-// process is still writing stays.
+// Removes from a folder what the two above could not clear away because their process was killed.
+// What another process is still writing stays.
 void RemoveLeftovers(const char* folder);
+// Whether an entry is such a thing by its name.
+[[nodiscard]] bool IsUnfinishedName(std::string_view name);
 
 }  // namespace norava::file_system

@@ -186,6 +186,10 @@ bool PublishFolder(const char* path, const FolderFiller& fill) {
     return good;
 }
 
+bool IsUnfinishedName(std::string_view name) {
+    return name.starts_with(".norava-") && name.ends_with(".tmp");
+}
+
 // A file that somebody still writes cannot be deleted; a folder could, so it has to be old.
 void RemoveLeftovers(const char* folder) {
     const std::wstring prefix = WidePath(folder) + L"\\";

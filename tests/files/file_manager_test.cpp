@@ -186,7 +186,10 @@ TEST(ReplaceFile, KeepsLinkAndPermissions) {
     EXPECT_TRUE(file_system::ReplaceFile(folder.Path("fresh").c_str(), "", 0));
     EXPECT_FALSE(file_system::ReplaceFile(folder.Path().c_str(), "x", 1)) << "a folder";
     EXPECT_FALSE(file_system::ReplaceFile(folder.Path("none/x").c_str(), "x", 1));
-    EXPECT_EQ(NamesIn(folder.Path()).size(), 3u);
+    ASSERT_EQ(symlink("unmounted/x", folder.Path("dangling").c_str()), 0);
+    EXPECT_FALSE(file_system::ReplaceFile(folder.Path("dangling").c_str(), "x", 1));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("dangling")));
+    EXPECT_EQ(NamesIn(folder.Path()).size(), 4u);
 }
 
 TEST(ReplaceFile, FailingLeavesTheOldFileAlone) {
