@@ -143,6 +143,13 @@ bool CPluginRenderer::LoadProgram(const char* data, int size, std::string_view n
 
 void CPluginRenderer::ReportChangedValues() {}
 
+void CPluginRenderer::AwaitReadiness() {}
+
+void CPluginRenderer::SetParamsToDefault() {
+    for (int i = 0; i < GetNumParams(); ++i)
+        SetParamValue(i, GetParamDefaultValue(i));
+}
+
 // Hooks of the TQ host
 
 int CPluginRenderer::TQ_GetOutputIndex(int) {

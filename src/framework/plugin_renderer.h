@@ -117,6 +117,11 @@ class CPluginRenderer : public CEventBuffer {
     // Audio, at the end of each processing call: tells the host of the parameters that the call
     // itself has changed.
     virtual void ReportChangedValues();
+    // Any but the audio thread, before the host starts to play: waits a little for what is still
+    // being fetched in the background.
+    virtual void AwaitReadiness();
+    // Any but the audio thread. Every parameter takes its default.
+    virtual void SetParamsToDefault();
 
     // Any. Tells the panel that a parameter was changed elsewhere.
     void SetParamNeedUpdate(int index) noexcept;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <span>
 #include <string>
 
@@ -9,8 +10,10 @@ namespace norava {
 
 // Writes the bank below `root`, one folder a category, when nothing lies at `root`: whole or not at
 // all, whatever happens meanwhile. False when something lies there already, when there is nothing
-// to write, or when it cannot be written. Not for the audio thread.
+// to write, when it cannot be written, or when `cancelled` becomes true first. Not for the audio
+// thread.
 bool WriteFactoryBank(const std::string& root, const std::string& extension,
-                      std::span<const FactoryProgram> bank);
+                      std::span<const FactoryProgram> bank,
+                      const std::atomic<bool>* cancelled = nullptr);
 
 }  // namespace norava

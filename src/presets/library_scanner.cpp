@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <set>
 
 #include "files/text_buffer.h"
 
@@ -43,6 +42,7 @@ bool LibraryScanner::ListRoot() {
     const bool wasReadable = isReadable;
     isReadable = file_system::ListFolder(root.c_str(), [&](const char* name, EntryKind kind) {
         const bool fits = root.size() + std::string_view(name).size() + 1 < kPathBufferBytes;
+        if (file_system::IsUnfinishedName(name)) littered.insert(root);
         if (kind == EntryKind::folder && !IsHidden(name) && fits) found.insert(name);
         return found.size() < kMaxLibraryCategories;
     });
@@ -61,9 +61,54 @@ bool LibraryScanner::ListRoot() {
         if (!isNew) continue;
         category->second.id = nextId++;
         changed = true;
-        ListCategory(name);
+        unlisted.push_back(name);
     }
     return isReadable;
+}
+
+// Calls `visit` with the file names of a category's programs until it returns false.
+bool LibraryScanner::VisitPrograms(const std::string& folder,
+                                   const std::function<bool(std::string)>& visit) {
+    return file_system::ListFolder(folder.c_str(), [&](const char* entry, EntryKind kind) {
+        std::string name = entry;
+        if (file_system::IsUnfinishedName(name)) littered.insert(folder);
+        // A longer path could be listed but never loaded.
+        const bool fits = folder.size() + 1 + name.size() < kPathBufferBytes;
+        if (kind != EntryKind::file || !fits || !IsProgramFile(name)) return true;
+        return visit(std::move(name));
+    });
+}
+
+// Quicker than a listing, which would sort the folder.
+void LibraryScanner::ReadFirst() {
+    if (categories.empty() || categories.begin()->second.isListed) return;
+    auto& [folderName, category] = *categories.begin();
+    const std::string folder = root + '/' + folderName;
+    std::string first;
+    (void)VisitPrograms(folder, [&](std::string name) {
+        if (first.empty() || ByShownName{}(name, first)) first = std::move(name);
+        return true;
+    });
+    if (first.empty()) return;
+    const auto [place, isNew] = category.programs.try_emplace(first);
+    if (!isNew) return;
+    ++numPrograms;
+    place->second.id = nextId++;
+    Read(folder + '/' + first, place->second);
+}
+
+bool LibraryScanner::ListNext() {
+    if (unlisted.empty()) return false;
+    const std::string name = std::move(unlisted.front());
+    unlisted.pop_front();
+    ListCategory(name);
+    return !unlisted.empty();
+}
+
+void LibraryScanner::ListAhead() {
+    for (const auto& [name, category] : categories) {
+        if (!category.isListed) ListCategory(name);
+    }
 }
 
 void LibraryScanner::ListAllCategories() {
@@ -75,16 +120,13 @@ void LibraryScanner::ListCategory(const std::string& folderName) {
     const auto category = categories.find(folderName);
     if (category == categories.end()) return;
     auto& programs = category->second.programs;
-    const std::string folder = root + '/' + folderName + '/';
+    const std::string folder = root + '/' + folderName;
 
     std::set<std::string> found;
     const std::size_t room = kMaxLibraryPrograms - (numPrograms - programs.size());
-    (void)file_system::ListFolder(folder.c_str(), [&](const char* entry, EntryKind kind) {
-        const std::string name = entry;
+    (void)VisitPrograms(folder, [&](std::string name) {
         if (found.size() == room) return false;
-        if (kind != EntryKind::file || !IsProgramFile(name)) return true;
-        // A longer path could be listed but never loaded.
-        if (folder.size() + name.size() < kPathBufferBytes) found.insert(name);
+        found.insert(std::move(name));
         return true;
     });
 
@@ -99,10 +141,11 @@ void LibraryScanner::ListCategory(const std::string& folderName) {
             changed = true;
         }
         // One without bytes waits to be read already.
-        if (isNew || (program.block && MayHaveChanged(folder + name, program)))
+        if (isNew || (program.block && MayHaveChanged(folder + '/' + name, program)))
             unread.emplace_back(folderName, name);
     }
     numPrograms += programs.size();
+    if (!std::exchange(category->second.isListed, true)) changed = true;
 }
 
 // A file that was written shortly before it was read may have been written again without a new
@@ -136,7 +179,7 @@ bool LibraryScanner::ReadSome(int most) {
         if (program == category->second.programs.end()) continue;
         Read(root + '/' + folder + '/' + name, program->second);
     }
-    return HasUnread();
+    return !unread.empty();
 }
 
 void LibraryScanner::TakeFactoryBank(std::span<const FactoryProgram> bank) {
@@ -144,6 +187,7 @@ void LibraryScanner::TakeFactoryBank(std::span<const FactoryProgram> bank) {
     for (const FactoryProgram& source : bank) {
         const auto [category, isNewCategory] = categories.try_emplace(source.category);
         if (isNewCategory) category->second.id = nextId++;
+        category->second.isListed = true;
         const std::string name = std::string(source.name) + '.' + extension;
         const auto [program, isNew] = category->second.programs.try_emplace(name);
         if (!isNew) continue;
@@ -178,11 +222,12 @@ std::shared_ptr<const LibrarySnapshot> LibraryScanner::MakeSnapshot() const {
         LibraryCategory& category = list.emplace_back();
         category.folderName = folder;
         category.id = source.id;
+        category.isListed = source.isListed;
         category.programs.reserve(source.programs.size());
         for (const auto& [name, program] : source.programs)
             category.programs.push_back({name, program.id, program.onDisk, program.block});
     }
-    return std::make_shared<const LibrarySnapshot>(root, std::move(list), isReadable, !HasUnread());
+    return std::make_shared<const LibrarySnapshot>(root, std::move(list), isReadable, IsComplete());
 }
 
 }  // namespace norava

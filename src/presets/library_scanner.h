@@ -1,9 +1,11 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <utility>
@@ -28,23 +30,35 @@ class LibraryScanner {
   public:
     LibraryScanner(std::string rootPath, std::string fileExtension);
 
-    // Lists the root and the categories that are new, and forgets those that are gone. False when
-    // the root cannot be listed; it is empty then.
+    // Finds the categories that are new, which are to be listed, and forgets those that are gone.
+    // False when the root cannot be listed; it is empty then.
     bool ListRoot();
+    // Finds and reads the first program of the first category, when that is still to be listed.
+    void ReadFirst();
     // Lists one category; programs that may have changed are to be read again. A folder outside
     // the library is ignored.
     void ListCategory(const std::string& folderName);
     void ListAllCategories();
+
+    // Lists the next category of those that are to be listed; returns whether more are left.
+    bool ListNext();
+    bool HasUnlisted() const { return !unlisted.empty(); }
+    // Lists those that were never listed, and leaves them to ListNext all the same: for a caller
+    // before whom they are not watched yet.
+    void ListAhead();
 
     // In place of a root that does not exist.
     void TakeFactoryBank(std::span<const FactoryProgram> bank);
 
     // Reads up to `most` programs of those that are to be read; returns whether more are left.
     bool ReadSome(int most);
-    bool HasUnread() const { return !unread.empty(); }
+    // Whether there is nothing left to list and to read.
+    bool IsComplete() const { return unlisted.empty() && unread.empty(); }
 
     // Whether a snapshot made now differs from the one at the last call.
     bool TakeChanged() { return std::exchange(changed, false); }
+    // Folders in which a listing met what a killed process left unfinished, since the last call.
+    std::set<std::string> TakeLittered() { return std::exchange(littered, {}); }
 
     std::vector<std::string> Folders() const;  // full paths: the root and the categories
     std::shared_ptr<const LibrarySnapshot> MakeSnapshot() const;
@@ -62,10 +76,12 @@ class LibraryScanner {
     };
     struct Category {
         LibraryId id = kNoLibraryId;
+        bool isListed = false;
         std::map<std::string, Program, ByShownName> programs;  // by file name
     };
 
     bool IsProgramFile(const std::string& name) const;
+    bool VisitPrograms(const std::string& folder, const std::function<bool(std::string)>& visit);
     bool MayHaveChanged(const std::string& path, const Program& program) const;
     void Read(const std::string& path, Program& program);
 
@@ -73,7 +89,9 @@ class LibraryScanner {
     const std::string extension;
     bool isReadable = false;
     std::map<std::string, Category, ByShownName> categories;  // by folder name
+    std::deque<std::string> unlisted;                         // folder names
     std::deque<std::pair<std::string, std::string>> unread;   // folder and file name
+    std::set<std::string> littered;                           // full paths
     std::size_t numPrograms = 0;
     LibraryId nextId = 0;
     bool changed = true;

@@ -66,6 +66,10 @@ int LibrarySnapshot::IndexOf(LibraryId category) const {
     return norava::Find(categoriesById, category);
 }
 
+bool LibrarySnapshot::IsListed() const {
+    return std::ranges::all_of(categories, &LibraryCategory::isListed);
+}
+
 std::string LibrarySnapshot::FolderOf(const LibraryCategory& category) const {
     return rootPath + '/' + category.folderName;
 }

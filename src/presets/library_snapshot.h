@@ -28,6 +28,7 @@ struct LibraryProgram {
 struct LibraryCategory {
     std::string folderName;
     LibraryId id = kNoLibraryId;
+    bool isListed = false;                 // false: only the first program is known, if any
     std::vector<LibraryProgram> programs;  // in natural order
 
     // "Bass.old" is shown as "Bass".
@@ -66,7 +67,9 @@ class LibrarySnapshot {
 
     // Whether the root could be listed (or the built-in bank stands in for it).
     bool IsReadable() const { return isReadable; }
-    // Whether the bytes of all programs are here.
+    // Whether all categories have been listed.
+    bool IsListed() const;
+    // Whether the bytes of all programs are here too.
     bool IsComplete() const { return isComplete; }
 
   private:

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 #include "files/file_manager.h"
 #include "files/text_buffer.h"
@@ -13,16 +14,14 @@ namespace norava {
 namespace {
 
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
 
 constexpr int kBatch = 200;             // programs read while others wait for the scanner
 constexpr milliseconds kProgress(500);  // between snapshots of a library being read
 constexpr int kPublishingShare = 10;    // at most a tenth of the time goes into them
 constexpr milliseconds kSettling(30);   // after a change, for those that come with it
 constexpr milliseconds kLongestSettling(300);
-constexpr milliseconds kPolling(2000);         // between looks where the system cannot tell
-constexpr int kPollingShare = 20;              // at most a twentieth of the time is spent looking
-constexpr milliseconds kLongestListing(5000);  // a drive that does not answer
+constexpr milliseconds kPolling(2000);  // between looks where the system cannot tell
+constexpr int kPollingShare = 20;       // at most a twentieth of the time is spent looking
 constexpr milliseconds kResting(3'600'000);
 
 std::mutex& RegistryMutex() {
@@ -30,8 +29,9 @@ std::mutex& RegistryMutex() {
     return mutex;
 }
 
-milliseconds Since(Clock::time_point start) {
-    return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
+milliseconds Since(std::chrono::steady_clock::time_point start) {
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    return std::chrono::duration_cast<milliseconds>(elapsed);
 }
 
 }  // namespace
@@ -84,21 +84,34 @@ std::shared_ptr<const LibrarySnapshot> PresetLibrary::Get() const {
     return newest;
 }
 
-void PresetLibrary::WaitUntilRead(milliseconds longest) {
+template <typename Condition>
+void PresetLibrary::WaitFor(milliseconds longest, Condition condition) const {
     std::unique_lock lock(publishMutex);
-    published.wait_for(lock, kLongestListing, [this] { return isListed.load(); });
-    published.wait_for(lock, longest, [this] { return newest->IsComplete(); });
+    published.wait_until(lock, made + longest, [&] { return isPublished && condition(); });
+}
+
+void PresetLibrary::WaitForFirst() const {
+    WaitFor(milliseconds(2000), [] { return true; });
+}
+
+void PresetLibrary::WaitUntilListed() const {
+    WaitFor(milliseconds(5000), [this] { return newest->IsListed(); });
+}
+
+void PresetLibrary::WaitUntilRead() const {
+    WaitFor(milliseconds(200), [this] { return newest->IsComplete(); });
 }
 
 void PresetLibrary::Publish() {
-    if (!scanner.TakeChanged() && isListed) return;
+    const bool changed = scanner.TakeChanged() || scanner.IsComplete() != Get()->IsComplete();
+    if (!changed && isPublished) return;
     auto snapshot = scanner.MakeSnapshot();
     {
         const std::lock_guard lock(publishMutex);
         retired.push_back(std::move(newest));
         newest = std::move(snapshot);
         current.store(newest.get());
-        isListed = true;
+        isPublished = true;
         revision.fetch_add(1, std::memory_order_release);
     }
     published.notify_all();
@@ -115,6 +128,7 @@ void PresetLibrary::Refresh(const std::string& folder) {
         scanner.TakeFactoryBank(place.bank);
     } else {
         isFromBank = false;
+        scanner.ListAhead();
         if (folder.empty())
             scanner.ListAllCategories();
         else
@@ -126,7 +140,7 @@ void PresetLibrary::Refresh(const std::string& folder) {
 }
 
 void PresetLibrary::PrepareForSaving() {
-    if (!isFromBank || !WriteFactoryBank(place.root, place.extension, place.bank)) return;
+    if (!isFromBank || !WriteFactoryBank(place.root, place.extension, place.bank, &ending)) return;
     Refresh({});
 }
 
@@ -136,42 +150,45 @@ void PresetLibrary::Run() {
     Begin();
     while (!ending) {
         ReadRest();
+        ClearUp();
         WaitForChanges();
     }
 }
 
-// An instance that waits for its first programs gets them from the bank while that is being
-// written.
+// An instance waits for the first program here. Without files it gets it from the bank, which is
+// written meanwhile.
 void PresetLibrary::Begin() {
-    const auto start = Clock::now();
+    watch.SetFolders({place.root});
     {
         const std::lock_guard lock(scanMutex);
-        if (!scanner.ListRoot()) {
+        if (scanner.ListRoot()) {
+            scanner.ReadFirst();
+        } else {
             isFromBank = true;
             scanner.TakeFactoryBank(place.bank);
         }
-        lastScanMilliseconds = Since(start).count();
         Publish();
     }
-    PrepareForSaving();
-    if (!isFromBank) file_system::RemoveLeftovers(place.root.c_str());
-    WatchFolders();
-    // What happened between listing and watching.
-    CFolderWatch::Changes all;
-    all.everything = true;
-    LookAgain(all);
+    CFolderWatch::Changes changes;
+    changes.everything = isFromBank;
+    if (isFromBank)
+        PrepareForSaving();
+    else
+        file_system::RemoveLeftovers(place.root.substr(0, place.root.rfind('/')).c_str());
+    LookAgain(changes);
 }
 
 void PresetLibrary::ReadRest() {
     auto lastProgress = Clock::now();
     milliseconds progress = kProgress;
-    for (bool more = true; more && !ending;) {
+    while (!ending) {
         while (refreshesWaiting > 0)
             std::this_thread::sleep_for(milliseconds(1));
         const std::lock_guard lock(scanMutex);
-        if (!scanner.HasUnread()) return;
-        more = scanner.ReadSome(kBatch);
-        if (more && Since(lastProgress) < progress) continue;
+        if (scanner.IsComplete()) return;
+        const bool listed = scanner.HasUnlisted() && !scanner.ListNext();
+        if (!scanner.HasUnlisted() && !listed) scanner.ReadSome(kBatch);
+        if (!listed && !scanner.IsComplete() && Since(lastProgress) < progress) continue;
         const auto start = Clock::now();
         Publish();
         progress = std::max(kProgress, kPublishingShare * Since(start));
@@ -179,13 +196,15 @@ void PresetLibrary::ReadRest() {
     }
 }
 
-void PresetLibrary::WatchFolders() {
-    std::vector<std::string> folders;
+// What processes left unfinished that were killed here.
+void PresetLibrary::ClearUp() {
+    std::set<std::string> folders;
     {
         const std::lock_guard lock(scanMutex);
-        folders = scanner.Folders();
+        folders = scanner.TakeLittered();
     }
-    watch.SetFolders(folders);
+    for (const std::string& folder : folders)
+        file_system::RemoveLeftovers(folder.c_str());
 }
 
 milliseconds PresetLibrary::PollingInterval() const {
@@ -206,15 +225,18 @@ void PresetLibrary::WaitForChanges() {
         changes.everything = changes.everything || more.everything;
         changes.folders.insert(changes.folders.end(), more.folders.begin(), more.folders.end());
     }
-    if (changes.Any()) LookAgain(changes);
-    WatchFolders();
+    LookAgain(changes);
 }
 
+// A folder is listed after it is watched, so that nothing happens in between unseen; new ones are
+// left to ReadRest.
 void PresetLibrary::LookAgain(const CFolderWatch::Changes& changes) {
     const auto start = Clock::now();
     const std::lock_guard lock(scanMutex);
     const bool hadRoot = !isFromBank;
-    if (!scanner.ListRoot()) {
+    const bool hasRoot = scanner.ListRoot();
+    watch.SetFolders(scanner.Folders());
+    if (!hasRoot) {
         // A root that was there and is gone was taken away on purpose.
         if (!hadRoot) scanner.TakeFactoryBank(place.bank);
     } else if (changes.everything || !hadRoot) {

@@ -38,8 +38,11 @@ class PresetLibrary {
     PresetLibrary(const PresetLibrary&) = delete;
     PresetLibrary& operator=(const PresetLibrary&) = delete;
 
-    // Waits until the folders are listed, and then up to `longest` until the programs are read too.
-    void WaitUntilRead(std::chrono::milliseconds longest);
+    // Each waits for one stage of reading the library, and gives up a fixed time after it was made,
+    // when a drive does not answer. Any thread that may wait.
+    void WaitForFirst() const;     // the first program of the first category: 2 s
+    void WaitUntilListed() const;  // the names of all categories and programs: 5 s
+    void WaitUntilRead() const;    // all programs, unless they are very many: 0.2 s
 
     // The newest snapshot, never null. Any thread but the audio thread.
     std::shared_ptr<const LibrarySnapshot> Get() const;
@@ -69,17 +72,22 @@ class PresetLibrary {
     };
 
   private:
+    using Clock = std::chrono::steady_clock;
+
+    template <typename Condition>
+    void WaitFor(std::chrono::milliseconds longest, Condition condition) const;
     void Run();
     void Begin();
     void ReadRest();
-    void LookAgain(const CFolderWatch::Changes& changes);
+    void ClearUp();
     void WaitForChanges();
-    void Publish();       // scan lock held
-    void WatchFolders();  // the thread's own
+    void LookAgain(const CFolderWatch::Changes& changes);
+    void Publish();  // scan lock held
     void FreeRetired();
     std::chrono::milliseconds PollingInterval() const;
 
     const LibraryPlace place;
+    const Clock::time_point made = Clock::now();
 
     std::mutex scanMutex;
     LibraryScanner scanner;
@@ -88,10 +96,10 @@ class PresetLibrary {
     std::atomic<std::int64_t> lastScanMilliseconds = 0;
 
     mutable std::mutex publishMutex;
-    std::condition_variable published;
+    mutable std::condition_variable published;
     std::shared_ptr<const LibrarySnapshot> newest;
     std::vector<std::shared_ptr<const LibrarySnapshot>> retired;
-    std::atomic<bool> isListed = false;
+    bool isPublished = false;
 
     std::atomic<const LibrarySnapshot*> current;
     mutable std::atomic<int> numReaders = 0;

@@ -8,25 +8,26 @@
 
 namespace norava {
 
-namespace {
-
-// A library that is read within this time has all its programs ready when its first instance is.
-constexpr std::chrono::milliseconds kLongestStart(200);
-
-}  // namespace
-
 CPresetList::CPresetList(CPluginRenderer* pluginRenderer, const LibraryPlace& place)
     : renderer(pluginRenderer),
       extension(place.extension),
       rootPath(place.root),
-      library(PresetLibrary::Open(place)) {
-    if (library) library->WaitUntilRead(kLongestStart);
-}
+      library(PresetLibrary::Open(place)) {}
 
 CPresetList::~CPresetList() = default;
 
 std::shared_ptr<const LibrarySnapshot> CPresetList::GetLibrary() const {
     return library ? library->Get() : std::make_shared<const LibrarySnapshot>();
+}
+
+void CPresetList::WaitUntilRead() const {
+    if (library) library->WaitUntilRead();
+}
+
+// For choices that people make of what is listed.
+std::shared_ptr<const LibrarySnapshot> CPresetList::GetListedLibrary() const {
+    if (library) library->WaitUntilListed();
+    return GetLibrary();
 }
 
 std::uint32_t CPresetList::GetLibraryRevision() const {
@@ -80,7 +81,7 @@ bool CPresetList::Select(const LibrarySnapshot& snapshot, int category, int prog
 }
 
 bool CPresetList::SetCurrentCat(int index) {
-    const auto snapshot = GetLibrary();
+    const auto snapshot = GetListedLibrary();
     if (snapshot->Category(index) == nullptr) return false;
     const bool changed = snapshot->IndexOf(current.load().category) != index;
     Select(*snapshot, index, 0);
@@ -88,7 +89,7 @@ bool CPresetList::SetCurrentCat(int index) {
 }
 
 bool CPresetList::SetCurrentPrg(int index) {
-    const auto snapshot = GetLibrary();
+    const auto snapshot = GetListedLibrary();
     const int category = snapshot->IndexOf(current.load().category);
     if (snapshot->Program(category, index) == nullptr) return false;
     return Select(*snapshot, category, index);
@@ -188,7 +189,10 @@ std::string CPresetList::GetCategoryName() const {
 CPresetList::Selection CPresetList::Take(const LibrarySnapshot& snapshot, int category, int program,
                                          SelectedProgram& taken) NORAVA_NONBLOCKING {
     const LibraryProgram* const chosen = snapshot.Program(category, program);
-    if (chosen == nullptr) return Selection::nothing;
+    if (chosen == nullptr) {
+        const bool mayCome = program >= 0 && !snapshot.Category(category)->isListed;
+        return mayCome ? Selection::notRead : Selection::nothing;
+    }
     const ProgramBlock* const block = chosen->block.get();
     if (block == nullptr) return Selection::notRead;
     current.store({snapshot.Category(category)->id, chosen->id});
@@ -215,7 +219,8 @@ CPresetList::Selection CPresetList::TakeFirstOfCategory(int index, SelectedProgr
     const PresetLibrary::Reader snapshot(*library);
     const LibraryCategory* const category = snapshot->Category(index);
     if (category == nullptr) return Selection::nothing;
-    if (category->programs.empty()) current.store({category->id, kNoLibraryId});
+    if (category->isListed && category->programs.empty())
+        current.store({category->id, kNoLibraryId});
     return Take(*snapshot, index, 0, program);
 }
 

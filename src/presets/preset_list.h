@@ -65,8 +65,15 @@ class CPresetList {
     bool LoadProgramFromFile(const char* path);
     bool SaveProgramToFile(const char* path);
 
-    // The first program of the first category, as a new instance starts. False when there is none.
+    // Every parameter to its default, the program's name to "<noname>"; the list stays where it is.
+    // The host hears of changed parameters, the panel of all.
+    void ResetProgram();
+
+    // The first program of the first category, as a new instance starts; found in memory, without
+    // waiting for the rest of the library. False when there is none.
     bool LoadFirstProgram();
+    // Waits until the library can be played from, unless it is a very large one.
+    void WaitUntilRead() const;
 
     void OpenEditor();  // the browser
     void OpenAboutBox();
@@ -101,6 +108,7 @@ class CPresetList {
         std::string path;
     };
 
+    std::shared_ptr<const LibrarySnapshot> GetListedLibrary() const;
     Selection Take(const LibrarySnapshot& snapshot, int category, int program,
                    SelectedProgram& taken) NORAVA_NONBLOCKING;
     bool Select(const LibrarySnapshot& snapshot, int category, int program);

@@ -63,12 +63,16 @@ bool CPresetList::AskForFile(bool save) {
     request.save = save;
     if (save) (void)CFileManager().CreateDirectory(folder.c_str());
     return editor->AskForFile(request, [this, save](const std::string& path) {
-        if (save ? Save(WithExtension(path)) : Load(path)) return;
+        const std::string target = save ? WithExtension(path) : path;
+        // Another name than the user agreed to replace.
+        const bool mayReplace =
+            target == path || file_system::KindOf(target.c_str()) == file_system::EntryKind::none;
+        if (mayReplace && (save ? Save(target) : Load(target))) return;
         if (CPluginEditorInterface* const panel = renderer->GetEditor())
             panel->ShowMessage(save ? "Save Program" : "Load Program",
                                (save ? "This program could not be saved:\n"
                                      : "This file holds no program of this instrument:\n") +
-                                   path);
+                                   target);
     });
 }
 
@@ -128,6 +132,7 @@ bool CPresetList::Save(const std::string& path) {
     renderer->SaveState(state.data());
     const std::string folder = path.substr(0, path.rfind('/'));
     (void)CFileManager().CreateDirectory(folder.c_str());
+    file_system::RemoveLeftovers(folder.c_str());
     if (!file_system::ReplaceFile(path.c_str(), state.data(), state.size())) return false;
     if (library) library->Refresh(folder);
     SetProgramPath(path.c_str());
@@ -136,10 +141,21 @@ bool CPresetList::Save(const std::string& path) {
     return true;
 }
 
+void CPresetList::ResetProgram() {
+    const std::vector<float> before = ReportedValues(*renderer);
+    renderer->SetParamsToDefault();
+    ReportDifferences(*renderer, before);
+    ShowEverything();
+}
+
 bool CPresetList::LoadFirstProgram() {
-    SetCurrentCat(0);
-    const std::string path = GetProgramPath();
-    return !path.empty() && Load(path);
+    if (library) library->WaitForFirst();
+    const auto snapshot = GetLibrary();
+    Select(*snapshot, 0, 0);
+    const LibraryProgram* const first = snapshot->Program(0, 0);
+    const ProgramBlock* const block = first != nullptr ? first->block.get() : nullptr;
+    return block != nullptr && block->IsUsable() &&
+           renderer->LoadProgram(block->bytes.data(), block->size, first->Name());
 }
 
 }  // namespace norava

@@ -31,7 +31,7 @@ constexpr float kRunawayLevel = 1.0e6f;
 }  // namespace
 
 CNoravaSynth::CNoravaSynth(const LibraryPlace& programs)
-    : engine(sound, effects), keys(sound), presets(this, programs) {
+    : presets(this, programs), engine(sound, effects), keys(sound) {
     CPluginInstance::SetPluginDirectory(GetPluginFolder());
     controller[kVolumeController] = 1.0f;
     controller[kPanController] = 0.5f;
@@ -50,6 +50,11 @@ void CNoravaSynth::Reset(double sampleRateHz) {
     // First, because a change of rate turns the sign of the chorus that has been set by then.
     CNoravaSynth::ApplyPendingValues();
     ResetSound(sampleRateHz);
+}
+
+// So that program changes in the first block find their programs.
+void CNoravaSynth::AwaitReadiness() {
+    presets.WaitUntilRead();
 }
 
 void CNoravaSynth::ResetSound(double sampleRateHz) {

@@ -32,6 +32,7 @@ class CNoravaSynth : public CPluginRenderer {
     ~CNoravaSynth() override;
 
     void Reset(double sampleRateHz) override;
+    void AwaitReadiness() override;
     void ApplyPendingValues() override;
     void ProcessAudioBuffers() override;
 
@@ -62,7 +63,7 @@ class CNoravaSynth : public CPluginRenderer {
 
     // All values to the table's defaults, the program to "<noname>", as one state. Any thread but
     // the audio thread.
-    void SetParamsToDefault();
+    void SetParamsToDefault() override;
 
     // Applies the output level and takes the peak; outputs may be the inputs. Audio thread.
     void processRenderPostFX(float* inL, float* inR, float* outL, float* outR, int frames);
@@ -94,6 +95,7 @@ class CNoravaSynth : public CPluginRenderer {
     void ClearSound();
     void ShowKeyActivity();
 
+    CPresetList presets;  // first: its files are read while the rest is made
     ParameterExchange exchange;
     SoundSettings sound;
     CNoravaFX effects;
@@ -118,8 +120,6 @@ class CNoravaSynth : public CPluginRenderer {
     // What the host believes, while a processing call changes programs.
     std::array<float, kNumParameters> reportedValues{};
     bool hasReportedValues = false;
-
-    CPresetList presets;
 };
 
 }  // namespace norava

@@ -82,6 +82,9 @@ TEST_F(ModulePrograms, ChangeWithoutWaitingWhileFilesComeAndGo) {
             WriteProgram(path, plain);
             std::filesystem::rename(path, root + "/Keys/moved.norava");
             std::filesystem::remove(root + "/Keys/moved.norava");
+            WriteProgram(root + "/A new one/first.norava", plain);
+            std::filesystem::rename(root + "/A new one", root + "/Renamed");
+            std::filesystem::remove_all(root + "/Renamed");
         }
     });
     std::vector<float> left(256);

@@ -175,9 +175,11 @@ TEST(PresetLibrary, PlaysAtOnceAndReadsOnInTheBackground) {
     LibrarySynth instance(folder.Place());
     RecordProperty("SecondsUntilPlaying", std::to_string(seconds()));
     EXPECT_EQ(NameOf(instance.synth), "0");
-    instance.Send(0, 0xC0, 127);
     const bool completeBefore = instance.list.GetLibrary()->IsComplete();
-    instance.Render(64);
+    instance.Send(0, 0xC0, 127);
+    instance.Send(1, 0x90, 60, 100);
+    const std::vector<float> sound = instance.Render(4096);
+    EXPECT_TRUE(std::ranges::any_of(sound, [](float x) { return x != 0.0f; }));
     EXPECT_TRUE(Eventually([&] { return instance.list.GetLibrary()->IsComplete(); }));
     RecordProperty("SecondsUntilComplete", std::to_string(seconds()));
     RecordProperty("CompleteAtStart", completeBefore);

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <ranges>
+
 #include "presets/natural_order.h"
 #include "presets/program_folder.h"
 
@@ -136,6 +139,21 @@ TEST(PresetList, LoadsProgramsAndRefusesTheRest) {
                                     folder.Path(std::string(2000, 'x')), std::string()})
         EXPECT_FALSE(instance.list.LoadProgramFromFile(path.c_str())) << path;
     EXPECT_FALSE(instance.list.LoadProgramFromFile(nullptr)) << "nobody to ask";
+}
+
+TEST(PresetList, ResetsTheProgramAndTellsTheHost) {
+    const ProgramFolder folder;
+    folder.Write("A/start.norava", Block(0.5f));
+    LibrarySynth instance(folder.Place());
+    instance.told.clear();
+    instance.list.ResetProgram();
+    EXPECT_EQ(NameOf(instance.synth), "<noname>");
+    EXPECT_EQ(instance.Value(), instance.synth.GetParamDefaultValue(3));
+    EXPECT_EQ(instance.list.GetCurrentPrg(), 0);
+    const auto sameAsBefore = std::ranges::count_if(
+        std::views::iota(0, kNumHostParameters),
+        [&](int i) { return instance.synth.GetParamDefaultValue(i) == 0.5f; });
+    EXPECT_EQ(std::ssize(instance.told), kNumHostParameters - sameAsBefore);
 }
 
 TEST(PresetList, SavesWhereItIs) {

@@ -84,6 +84,7 @@ class LibrarySynth : public CPluginWrapper {
     explicit LibrarySynth(const LibraryPlace& place) : synth((NeedDefinition(), place)) {
         synth.SetWrapper(this);
         synth.Reset(48000.0);
+        synth.AwaitReadiness();
     }
     void ParameterChanged(int index, float value) override { told.emplace_back(index, value); }
 

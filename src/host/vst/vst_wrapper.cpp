@@ -88,7 +88,9 @@ void CVSTWrapper::suspend() {
 }
 
 void CVSTWrapper::resume() {
-    if (renderer != nullptr) renderer->Reset(0.0);
+    if (renderer == nullptr) return;
+    renderer->Reset(0.0);
+    renderer->AwaitReadiness();
 }
 
 void CVSTWrapper::setSampleRate(float hz) {
