@@ -1,5 +1,7 @@
 #include "gui/control.h"
 
+#include <utility>
+
 #include "gui/control_group.h"
 #include "gui/graphic_buffer.h"
 #include "gui/window_port.h"
@@ -63,15 +65,65 @@ void CControl::DrawBackground(CRect part) {
 }
 
 bool CControl::SendClicked() {
-    return group && group->ControlClicked(this);
+    if (!group || clicked) return false;
+    CControlGroup* const asked = group;
+    const auto alive = asked->KeepAlive();
+    if (!asked->ControlClicked(this)) return false;
+    if (group == asked && !disabled && !asked->IsDisabled()) {
+        clicked = true;
+        return true;
+    }
+    asked->ControlReleased(this);
+    return false;
 }
 
 bool CControl::SendReleased() {
-    return group && group->ControlReleased(this);
+    return group && std::exchange(clicked, false) && group->ControlReleased(this);
 }
 
 bool CControl::SendValueChanged(float newValue) {
     return group && group->ControlValueChanged(this, newValue);
+}
+
+bool CControl::BeginGesture(bool hidePointer) {
+    if (!SendClicked()) return false;
+    GrabFocus();
+    // Who lost the focus may have disabled or destroyed this one.
+    if (clicked) StartTracking(hidePointer);
+    if (clicked && IsTracking()) return true;
+    SendReleased();
+    return false;
+}
+
+void CControl::EndGesture() {
+    FinishTracking();
+    SendReleased();
+}
+
+bool CControl::ChangeValue(float newValue) {
+    if (!SendValueChanged(newValue)) return false;
+    SetValue(newValue);
+    Redraw();
+    return true;
+}
+
+bool CControl::ChangeValueAtOnce(float newValue) {
+    if (!SendClicked()) return false;
+    const bool accepted = ChangeValue(newValue);
+    SendReleased();
+    return accepted;
+}
+
+void CControl::Redraw() {
+    if (group) group->RedrawControl(this, true);
+}
+
+bool CControl::IsMouseOver() const {
+    const CWindowPort* port = GetWindowPort();
+    if (!port || disabled || !GetRect().IsPointInside(port->GetMousePos())) return false;
+    const CControlGroup* modalGroup = port->GetSuperControlGroup();
+    const CControl* modal = group->GetSuperControl();
+    return (!modalGroup || modalGroup == group) && (!modal || modal == this);
 }
 
 void CControl::StartTracking(bool hidePointer) {

@@ -78,8 +78,10 @@ class CControl {
     virtual void DrawBackground() { DrawBackground(GetRect()); }
     virtual void DrawBackground(CRect part);
 
-    // To the owner of the window. Every accepted SendClicked must be followed by exactly one
-    // SendReleased: between them a host records one gesture.
+    // To the owner of the window, who records a gesture between the two. Clicked and released
+    // always take turns: a second SendClicked is refused and a second SendReleased does nothing. A
+    // control that is disabled or destroyed in between reports its release on the way. SendClicked
+    // is also refused, after its release, when the owner's handler leaves nobody who could go on.
     virtual bool SendClicked();
     virtual bool SendReleased();
     virtual bool SendValueChanged(float newValue);
@@ -115,6 +117,10 @@ class CControl {
     // from the host.
     [[nodiscard]] virtual bool WantsKeys() const { return false; }
 
+    // Paints what CWindowPort::ShowOverlay has announced, inside that rectangle and opaque where it
+    // paints.
+    virtual void DrawOverlay() {}
+
     // The last mouse event, in window coordinates.
     [[nodiscard]] CPoint GetMousePos() const;
     [[nodiscard]] int GetMouseBtn() const;
@@ -123,9 +129,26 @@ class CControl {
     [[nodiscard]] bool IsALT() const;
     [[nodiscard]] bool IsSHIFT() const;
 
+  protected:
+    // A press: SendClicked, focus and mouse. False when the owner refuses it or a handler makes it
+    // impossible; nothing is left open then.
+    bool BeginGesture(bool hidePointer);
+    // Gives the mouse back and reports the release. To be called from LostFocus at the latest.
+    void EndGesture();
+    [[nodiscard]] bool IsInGesture() const { return clicked; }
+    // Reports a value; it is set and shown when the owner accepts it.
+    bool ChangeValue(float newValue);
+    // The same as a gesture of its own.
+    bool ChangeValueAtOnce(float newValue);
+    // Paints and shows the control, as far as what is modal allows.
+    void Redraw();
+    // Whether the mouse is over the control and would reach it.
+    [[nodiscard]] bool IsMouseOver() const;
+
   private:
     friend class CControlGroup;
 
+    bool clicked = false;
     int id = -1;
     float value = 0.0f;
     CRect rect;

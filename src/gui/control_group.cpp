@@ -35,6 +35,11 @@ void CControlGroup::DrawToBuffer() {
         if (!control->IsDisabled()) control->DrawToBuffer();
 }
 
+void CControlGroup::DrawControls(CRect part) {
+    for (CControl* control : ListControls())
+        if (!control->IsDisabled() && control->GetRect().Intersects(part)) control->DrawToBuffer();
+}
+
 void CControlGroup::Disable(bool on) {
     const auto alive = KeepAlive();
     if (on) ReleaseAll();
@@ -63,6 +68,7 @@ void CControlGroup::DestroyControl(CControl* control) {
     // Releasing runs the control's handlers, which may have destroyed it or others: look again.
     const auto found = std::find_if(controls.begin(), controls.end(), isIt);
     if (found == controls.end()) return;
+    if (port) port->HideOverlay(control);
     control->group = nullptr;
     destroyed.push_back(std::move(*found));
     controls.erase(found);
@@ -153,7 +159,7 @@ void CControlGroup::LoseFocus() {
 void CControlGroup::ReleaseControl(CControl* control) {
     const bool focused = focusedControl == control;
     const bool holdsSomething =
-        focused || trackingControl == control || superControls.Holds(control);
+        focused || control->clicked || trackingControl == control || superControls.Holds(control);
     // A control may disable itself when it loses the focus: that must not release it once more.
     if (!holdsSomething || releasing == control) return;
     const auto alive = KeepAlive();
@@ -163,6 +169,7 @@ void CControlGroup::ReleaseControl(CControl* control) {
     if (trackingControl == control) FinishTracking();
     while (superControls.Holds(control))
         SetSuperControl(control, false);
+    control->SendReleased();
     releasing = before;
 }
 
@@ -173,12 +180,16 @@ void CControlGroup::ReleaseAll() {
     const std::vector<CControl*> modal = superControls.GetMembers();
     for (CControl* control : modal)
         ReleaseControl(control);
+    for (CControl* control : ListControls())
+        if (control->group == this && control->clicked) ReleaseControl(control);
 }
 
 void CControlGroup::StartTracking(CControl* control, bool hidePointer) {
-    if (port) port->SetTrackingControlGroup(this);
+    // In a closed window no release would ever end it.
+    if (!port || !port->IsOpen()) return;
+    port->SetTrackingControlGroup(this);
     SetTrackingControl(control);
-    if (port) port->StartTracking(hidePointer);
+    port->StartTracking(hidePointer);
 }
 
 void CControlGroup::FinishTracking() {

@@ -109,6 +109,8 @@ class CControlGroup {
     void ReleaseAll();
     // Focus went to another group.
     void LoseFocus();
+    // The enabled controls that reach into a part of the window.
+    void DrawControls(CRect part);
     void DeleteDestroyed() { destroyed.clear(); }
     [[nodiscard]] bool MayHandleEvents() const;
     [[nodiscard]] CControl* FindMouseTarget() const;

@@ -8,7 +8,7 @@
 namespace norava {
 
 CWindowPort::CWindowPort(int scale)
-    : dispatch(std::make_shared<DispatchState>(this)), buffer(scale) {
+    : dispatch(std::make_shared<DispatchState>(this)), buffer(scale), underOverlay(scale) {
     CWindowPort::AttachControlGroup(std::make_unique<CControlGroup>());
 }
 
@@ -145,6 +145,8 @@ void CWindowPort::ReleaseGroup(CControlGroup* group) {
         FinishTracking();
     }
     superGroups.RemoveAll(group);
+    std::erase_if(overlays,
+                  [=](const Overlay& shown) { return shown.control->GetControlGroup() == group; });
 }
 
 CControlGroup* CWindowPort::GetControlGroupByID(int id) const {

@@ -83,6 +83,12 @@ class CWindowPort {
     // Null before the window has a size.
     [[nodiscard]] virtual CGraphicBuffer* GetGraphicBuffer();
 
+    // Something that a control shows above everything, outside its own rectangle: an open list, a
+    // value. It has its control paint it (DrawOverlay) and puts back what was under it. Showing it
+    // again moves or repaints it. Opacity 0 .. 1.
+    void ShowOverlay(CControl* control, CRect place, float opacity);
+    void HideOverlay(const CControl* control);
+
     // From the controls. ControlClicked and ControlValueChanged answer whether they accept.
     virtual bool ControlClicked(CControl* control);
     virtual bool ControlReleased(CControl* control);
@@ -161,6 +167,15 @@ class CWindowPort {
     void EndInteraction();
     void CancelTracking();
     void FinishEvent();
+    struct Overlay {
+        CControl* control;
+        CRect place;
+        float opacity;
+    };
+    void DrawOverlay(const Overlay& overlay);
+    void DrawOverlays(CRect part);
+    void RepaintPart(CRect part);
+    [[nodiscard]] std::vector<CControlGroup*> ListGroupsInDrawingOrder() const;
     void DeleteDestroyedControls();
     [[nodiscard]] bool MayRedraw(const CControl* control) const;
     [[nodiscard]] bool Holds(const CControlGroup* group) const;
@@ -175,6 +190,8 @@ class CWindowPort {
     CGraphicBuffer buffer;
     std::vector<std::unique_ptr<CControlGroup>> groups;
     ModalStack<CControlGroup> superGroups;
+    std::vector<Overlay> overlays;  // the latest is on top
+    CGraphicBuffer underOverlay;
     CControlGroup* trackingGroup = nullptr;
     CControlGroup* focusGroup = nullptr;
     CSize size;

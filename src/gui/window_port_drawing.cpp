@@ -10,14 +10,19 @@ void CWindowPort::DrawToBuffer() {
     DrawControlsToBuffer();
 }
 
+std::vector<CControlGroup*> CWindowPort::ListGroupsInDrawingOrder() const {
+    std::vector<CControlGroup*> list;
+    for (const auto& group : groups)
+        if (!superGroups.Holds(group.get())) list.push_back(group.get());
+    for (CControlGroup* group : superGroups.GetMembers())
+        if (list.empty() || list.back() != group) list.push_back(group);
+    return list;
+}
+
 void CWindowPort::DrawControlsToBuffer() {
-    for (CControlGroup* group : ListGroups())
-        if (!superGroups.Holds(group)) group->DrawToBuffer();
-    const CControlGroup* drawn = nullptr;
-    for (CControlGroup* group : std::vector(superGroups.GetMembers())) {
-        if (group != drawn) group->DrawToBuffer();
-        drawn = group;
-    }
+    for (CControlGroup* group : ListGroupsInDrawingOrder())
+        group->DrawToBuffer();
+    DrawOverlays(CRect({0, 0}, size));
 }
 
 // In the root group a picture must not hide what a derived window paints, so it lies under that.
@@ -53,6 +58,12 @@ void CWindowPort::RedrawControl(CControl* control, bool toScreen) {
         return;
     }
     control->DrawToBuffer();
+    const CRect painted = control->GetRect();
+    for (const Overlay& overlay : std::vector(overlays)) {
+        if (!overlay.place.Intersects(painted)) continue;
+        RepaintPart(overlay.place);
+        if (toScreen) UpdateScreen(overlay.place);
+    }
     if (toScreen) control->UpdateScreen();
 }
 
