@@ -1,0 +1,210 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "gui/control_list.h"
+#include "gui/control_scene.h"
+#include "gui/control_text_field.h"
+
+namespace norava {
+namespace {
+
+using test::GestureWindow;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct ListTest : testing::Test {
+    ListTest() {
+        for (int i = 1; i <= 30; ++i) {
+            const std::string name = i % 10 == 0 ? "Écho" : i % 3 == 0 ? "Bell" : "Amber";
+            list->AddItem((std::to_string(i) + ". " + name + " " + std::to_string(i)).c_str());
+        }
+        window.DrawToBuffer();
+    }
+    void Type(const std::string& letters) {
+        for (const char letter : letters)
+            EXPECT_TRUE(view.PressKey(static_cast<unsigned char>(letter)));
+    }
+
+    GestureWindow window{CSize(200, 120)};
+    CControlList* list = window.Add<CControlList>(1, CRect(10, 10, 120, 98));  // five rows
+    OffscreenView& view = window.Show();
+};
+
+TEST_F(ListTest, ClicksSelectAndTellOnce) {
+    EXPECT_EQ(list->GetSelectedItemID(), -1);
+    view.Click({40, 10 + 4 + 18 + 9});
+    EXPECT_EQ(list->GetSelectedItemID(), 1);
+    EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "released 1"));
+    window.refuseValues = true;
+    view.Click({40, 10 + 4 + 9});
+    EXPECT_EQ(list->GetSelectedItemID(), 1) << "the owner has the last word";
+    window.refuse = true;
+    window.TakeValues();
+    view.Click({40, 10 + 4 + 9});
+    view.Click({40, 10 + 4 + 9}, kMouseRight);
+    EXPECT_THAT(window.TakeValues(), IsEmpty());
+    list->SetValue(std::nanf(""));
+    EXPECT_EQ(list->GetSelectedItemID(), -1);
+    list->SetValue(1e30f);
+    list->DrawToBuffer();
+    EXPECT_EQ(list->GetSelectedItemID(), -1);
+}
+
+TEST_F(ListTest, WheelAndBarScrollWithinTheRows) {
+    view.MoveMouse({40, 40});
+    EXPECT_TRUE(view.TurnWheel(-1));
+    EXPECT_EQ(list->GetTopItemID(), 3);
+    view.TurnWheel(-0.25f);
+    view.TurnWheel(-0.25f);
+    EXPECT_EQ(list->GetTopItemID(), 4) << "parts of a notch add up";
+    view.TurnWheel(-1000);
+    EXPECT_EQ(list->GetTopItemID(), 25);
+    view.TurnWheel(std::nanf(""));
+    view.TurnWheel(1000);
+    EXPECT_EQ(list->GetTopItemID(), 0);
+    view.Drag({123, 16}, {123, 300});
+    EXPECT_EQ(list->GetTopItemID(), 25);
+    view.Drag({123, 100}, {190, 0}, 7);
+    EXPECT_EQ(list->GetTopItemID(), 0);
+    view.Click({123, 100});
+    EXPECT_EQ(list->GetTopItemID(), 4) << "a page less a row";
+    EXPECT_EQ(list->GetSelectedItemID(), -1);
+    EXPECT_TRUE(window.open.empty());
+
+    list->SetTopItemID(12);
+    list->DeleteAllItems();
+    for (int i = 0; i < 20; ++i)
+        list->AddItem("new");
+    EXPECT_EQ(list->GetTopItemID(), 0);
+    list->SetTopItemID(1e20f);
+    EXPECT_EQ(list->GetTopItemID(), 15);
+}
+
+TEST_F(ListTest, KeysMoveAndFind) {
+    EXPECT_FALSE(view.PressKey(kKeyDown)) << "no focus yet";
+    view.Click({40, 20});
+    EXPECT_TRUE(view.HasKeyboard());
+    window.TakeLog();
+    view.PressKey(kKeyDown);
+    EXPECT_EQ(list->GetSelectedItemID(), 1);
+    EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "released 1"));
+    view.PressKey(kKeyPageDown);
+    EXPECT_EQ(list->GetSelectedItemID(), 5);
+    EXPECT_EQ(list->GetTopItemID(), 1) << "the selected row is seen";
+    view.PressKey(kKeyEnd);
+    view.PressKey(kKeyDown);
+    EXPECT_EQ(list->GetSelectedItemID(), 29);
+    view.PressKey(kKeyHome);
+    view.PressKey(kKeyUp);
+    EXPECT_EQ(list->GetSelectedItemID(), 0);
+
+    Type("be");
+    EXPECT_EQ(list->GetSelectedItemID(), 2) << "behind the number";
+    view.Tick(31);
+    Type("b");
+    EXPECT_EQ(list->GetSelectedItemID(), 5) << "the next one";
+    Type("ell 12");
+    EXPECT_EQ(list->GetSelectedItemID(), 11);
+    view.Tick(31);
+    Type("23");
+    EXPECT_EQ(list->GetSelectedItemID(), 22) << "by number";
+    view.Tick(31);
+    view.PressKey(0xC9);  // E acute
+    EXPECT_EQ(list->GetSelectedItemID(), 29);
+    EXPECT_FALSE(view.PressKey(kKeyEscape));
+    view.Tick(31);
+    EXPECT_FALSE(view.PressKey(' ')) << "the host may have it";
+    EXPECT_TRUE(window.open.empty());
+}
+
+struct TextFieldTest : testing::Test {
+    TextFieldTest() {
+        view.Click({20, 20});
+        window.TakeLog();
+    }
+    void Type(const std::string& letters) {
+        for (const char letter : letters)
+            view.PressKey(static_cast<unsigned char>(letter));
+    }
+    void PressWith(Modifiers modifiers, unsigned key) {
+        view.SetModifiers(modifiers);
+        view.PressKey(key);
+        view.SetModifiers({});
+    }
+    static constexpr Modifiers kControl{true, false, false};
+    static constexpr Modifiers kShift{false, true, false};
+
+    GestureWindow window{CSize(200, 60)};
+    CControlTextField* field = window.Add<CControlTextField>(1, CRect(10, 10, 100, 22));
+    OffscreenView& view = window.Show();
+};
+
+TEST_F(TextFieldTest, Edits) {
+    EXPECT_TRUE(view.HasKeyboard());
+    Type("two words");
+    view.PressKey(kKeyBackspace);
+    EXPECT_STREQ(field->GetText(), "two word");
+    PressWith(kControl, kKeyLeft);
+    Type("x");
+    EXPECT_STREQ(field->GetText(), "two xword");
+    view.PressKey(kKeyHome);
+    view.PressKey(kKeyDelete);
+    PressWith(kShift, kKeyEnd);
+    EXPECT_EQ(field->GetSelectedText(), "wo xword");
+    view.PressKey(kKeyRight);
+    EXPECT_EQ(field->GetCaret(), 8u) << "the end of what was selected";
+    PressWith(kControl, 'a');
+    Type("n");
+    EXPECT_STREQ(field->GetText(), "n");
+    EXPECT_THAT(window.TakeLog(), testing::Each("changed 1"));
+    EXPECT_EQ(window.TakeValues().back(), CControlTextField::kEdited);
+    view.PressKey(kKeyEnter);
+    EXPECT_EQ(window.TakeValues().back(), CControlTextField::kEntered);
+    EXPECT_FALSE(view.PressKey(kKeyEscape));
+    EXPECT_FALSE(view.PressKey(kKeyTab));
+    EXPECT_FALSE(view.PressKey(0x1FFFFF));
+    EXPECT_STREQ(field->GetText(), "n");
+}
+
+TEST_F(TextFieldTest, CharactersStayWhole) {
+    for (const unsigned key : {0xE9u, 0x20ACu, 0x1F3B8u, unsigned{'a'}})
+        view.PressKey(key);
+    EXPECT_STREQ(field->GetText(),
+                 "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x8E\xB8"
+                 "a");
+    view.PressKey(kKeyLeft);
+    view.PressKey(kKeyBackspace);
+    view.PressKey(kKeyLeft);
+    view.PressKey(kKeyDelete);
+    EXPECT_STREQ(field->GetText(),
+                 "\xC3\xA9"
+                 "a");
+    field->Select(1, 99);
+    EXPECT_EQ(field->GetSelectedText(), field->GetText());
+    field->SetMaxLength(4);
+    field->SetText("abc\xC3\xA9");
+    EXPECT_STREQ(field->GetText(), "abc");
+    Type("de");
+    EXPECT_STREQ(field->GetText(), "abcd") << "what does not fit is left out";
+    field->SetText("\xFF\xC3\x80\x80");
+    for (int i = 0; i < 4; ++i)
+        view.PressKey(kKeyBackspace);
+    EXPECT_STREQ(field->GetText(), "") << "stray bytes are characters too";
+}
+
+TEST_F(TextFieldTest, TheMouseSelects) {
+    Type("some longer text that scrolls");
+    view.PressMouse(kMouseLeft, true);
+    view.ReleaseMouse();
+    EXPECT_FALSE(field->GetSelectedText().empty());
+    EXPECT_EQ(field->GetSelectedText().find(' '), std::string::npos) << "a word";
+    view.Drag({60, 20}, {-100, 20}, 50);
+    EXPECT_GT(field->GetSelectedText().size(), 5u);
+    EXPECT_EQ(field->GetCaret(), 0u);
+    window.Add<CControlTextField>(2, CRect(10, 35, 100, 22))->GrabFocus();
+    EXPECT_FALSE(field->WantsKeys());
+    EXPECT_TRUE(window.open.empty());
+}
+
+}  // namespace
+}  // namespace norava
