@@ -45,7 +45,7 @@ def read_pictures(text):
 
 
 def read_labels(text):
-    row = re.compile(r'\{"([^"]+)", ([\d.]+)F?, ([\d.]+)F?, LabelStyle::(\w+)\},')
+    row = re.compile(r'\{"([^"]+)", ([\d.]+)F?, ([\d.]+)F?, PanelLabelStyle::(\w+)\},')
     return [(words, float(x), float(y), style) for words, x, y, style in row.findall(text)]
 
 

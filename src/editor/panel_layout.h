@@ -56,7 +56,7 @@ struct PanelControl {
 // Null for an id that the panel has no control for.
 [[nodiscard]] const PanelControl* FindPanelControl(int id);
 
-enum class LabelStyle : std::uint8_t {
+enum class PanelLabelStyle : std::uint8_t {
     title,    // of a section
     control,  // under or above a control
     wide,     // the same, spaced out
@@ -73,7 +73,7 @@ struct PanelLabel {
     const char* text;
     float x;
     float y;
-    LabelStyle style;
+    PanelLabelStyle style;
 };
 [[nodiscard]] std::span<const PanelLabel> GetPanelLabels();
 
