@@ -94,7 +94,8 @@ class CPresetList {
 
   private:
     // Both ids in one word, so that nobody meets the category of one program with another one.
-    struct Position {
+    // Aligned as one, or clang would not write it with one instruction.
+    struct alignas(2 * sizeof(LibraryId)) Position {
         LibraryId category = kNoLibraryId;
         LibraryId program = kNoLibraryId;
         bool operator==(const Position&) const = default;
