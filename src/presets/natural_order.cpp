@@ -60,6 +60,13 @@ int CompareNumbers(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+std::u32string FoldCase(std::string_view name) {
+    std::u32string folded;
+    while (!name.empty())
+        folded += Folded(TakeCharacter(name));
+    return folded;
+}
+
 int CompareNaturally(std::string_view a, std::string_view b) {
     std::string_view restA = a;
     std::string_view restB = b;

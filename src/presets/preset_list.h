@@ -5,6 +5,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "framework/nonblocking.h"
 #include "presets/preset_library.h"
@@ -65,6 +66,15 @@ class CPresetList {
     bool LoadProgramFromFile(const char* path);
     bool SaveProgramToFile(const char* path);
 
+    // Whether saving under this bare name would overwrite a file.
+    bool WouldReplace(const std::string& name) const;
+
+    // What sounds and where the list stands, for a user who may want to come back to it. The host
+    // hears of parameters that the return changes, the panel of all.
+    class Moment;
+    Moment Remember() const;
+    void Return(const Moment& moment);
+
     // Every parameter to its default, the program's name to "<noname>"; the list stays where it is.
     // The host hears of changed parameters, the panel of all.
     void ResetProgram();
@@ -110,6 +120,7 @@ class CPresetList {
     };
 
     std::shared_ptr<const LibrarySnapshot> GetListedLibrary() const;
+    std::string PathForName(const std::string& name) const;
     Selection Take(const LibrarySnapshot& snapshot, int category, int program,
                    SelectedProgram& taken) NORAVA_NONBLOCKING;
     bool Select(const LibrarySnapshot& snapshot, int category, int program);
@@ -131,6 +142,13 @@ class CPresetList {
 
     mutable std::mutex namesMutex;
     mutable Names names;  // of `names.position`; looked up again when the audio thread moved on
+};
+
+class CPresetList::Moment {
+    friend class CPresetList;
+    std::vector<char> state;
+    std::string programName;  // the renderer's
+    Names names;
 };
 
 }  // namespace norava

@@ -120,8 +120,16 @@ bool CPresetList::SaveProgramToFile(const char* path) {
     if (path == nullptr) return AskForFile(true);
     const std::string name = path;
     if (name.empty() || name.find('/') != name.npos) return Save(name);
+    return Save(PathForName(name));
+}
+
+std::string CPresetList::PathForName(const std::string& name) const {
     const std::string folder = SavingFolder();
-    return !folder.empty() && Save(folder + '/' + WithExtension(name));
+    return folder.empty() ? std::string() : folder + '/' + WithExtension(name);
+}
+
+bool CPresetList::WouldReplace(const std::string& name) const {
+    return file_system::KindOf(PathForName(name).c_str()) != file_system::EntryKind::none;
 }
 
 bool CPresetList::Save(const std::string& path) {
@@ -139,6 +147,30 @@ bool CPresetList::Save(const std::string& path) {
     renderer->SetProgramName(ProgramNameOf(path));
     ShowEverything();
     return true;
+}
+
+CPresetList::Moment CPresetList::Remember() const {
+    Moment moment;
+    moment.state.resize(static_cast<std::size_t>(std::max(0, renderer->SaveState(nullptr))));
+    if (!moment.state.empty()) renderer->SaveState(moment.state.data());
+    std::array<char, kProgramNameCapacity> name{};
+    renderer->GetProgramName(name);
+    moment.programName = name.data();
+    moment.names = CurrentNames();
+    return moment;
+}
+
+void CPresetList::Return(const Moment& moment) {
+    const std::vector<float> before = ReportedValues(*renderer);
+    const int size = static_cast<int>(moment.state.size());
+    if (size == 0 || !renderer->LoadProgram(moment.state.data(), size, moment.programName)) return;
+    {
+        const std::lock_guard lock(namesMutex);
+        names = moment.names;
+        current = names.position;
+    }
+    ReportDifferences(*renderer, before);
+    ShowEverything();
 }
 
 void CPresetList::ResetProgram() {

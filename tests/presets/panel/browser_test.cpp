@@ -1,0 +1,195 @@
+#include <gtest/gtest.h>
+
+#include "gui/control_display.h"
+#include "gui/control_list.h"
+#include "gui/offscreen_window.h"
+#include "presets/panel/preset_list_about_box.h"
+#include "presets/panel/preset_list_editor.h"
+#include "presets/program_folder.h"
+
+namespace norava {
+namespace {
+
+using test::Block;
+using test::LibrarySynth;
+using test::NameOf;
+using test::ProgramFolder;
+
+// A browser over a window of the panel's size, with a library of its own.
+class BrowserTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        float value = 0.1f;
+        for (const char* name : {"Bass/Deep.norava", "Bass/Round.norava", "Pads/Warm.norava",
+                                 "Pads/Wide.norava", "Pads/Wood.norava"})
+            folder.Write(name, Block(value += 0.1f));
+        instance = std::make_unique<LibrarySynth>(folder.Place());
+        auto made = std::make_unique<CPresetListEditor>(&instance->list);
+        browser = made.get();
+        window.AttachControlGroup(std::move(made));
+        browser->CreateControls(window.GetSize());
+        view = &window.Show();
+        browser->Open();
+    }
+
+    template <typename Control>
+    Control* Find(int number) {
+        for (const auto& control : browser->GetControls())
+            if (auto* const found = dynamic_cast<Control*>(control.get()))
+                if (number-- == 0) return found;
+        return nullptr;
+    }
+    CControlList& Categories() { return *Find<CControlList>(0); }
+    CControlList& Programs() { return *Find<CControlList>(1); }
+    std::string Playing() { return NameOf(instance->synth); }
+    bool IsOpen() { return !browser->IsDisabled(); }
+    void Type(const std::string& text) {
+        for (const char c : text)
+            view->PressKey(static_cast<unsigned char>(c));
+    }
+    void ClickRow(const CControlList& list, int row) {
+        view->Click(list.GetItemRect(row).GetCenter());
+    }
+    void ClickTool(int x) { view->Click({177 + x, 47}); }
+
+    const ProgramFolder folder;
+    test::OffscreenWindow window{CSize(855, 532)};
+    std::unique_ptr<LibrarySynth> instance;
+    CPresetListEditor* browser = nullptr;
+    OffscreenView* view = nullptr;
+};
+
+TEST_F(BrowserTest, StandsInTheMiddleAndListsTheLibrary) {
+    EXPECT_EQ(browser->GetRect(), CRect(177, 0, 500, 532));
+    EXPECT_STREQ(Categories().GetItemText(1), "2. Pads");
+    EXPECT_STREQ(Programs().GetItemText(1), "2. Round");
+    EXPECT_EQ(Categories().GetSelectedItemID(), 0);
+    EXPECT_EQ(Programs().GetSelectedItemID(), 0);
+    folder.Write("Bass/Added.norava", Block(0.9f));
+    EXPECT_TRUE(test::Eventually([&] {
+        view->Tick();
+        return Programs().GetNumItems() == 3;
+    })) << "what others save shows by itself";
+    EXPECT_EQ(Programs().GetSelectedItemID(), 1) << "the program that sounds stays selected";
+}
+
+TEST_F(BrowserTest, LoadsWhatIsClickedAtOnce) {
+    ClickRow(Programs(), 1);
+    EXPECT_EQ(Playing(), "Round");
+    ClickRow(Categories(), 1);
+    EXPECT_EQ(Playing(), "Warm");
+    EXPECT_STREQ(Programs().GetItemText(2), "3. Wood");
+    instance->synth.SetParamValue(5, 0.77f);
+    ClickRow(Categories(), 1);
+    EXPECT_EQ(instance->synth.GetParamValue(5), 0.77f) << "the same category loads nothing";
+    folder.Write("Pads/Wide.norava", "no program at all");
+    ClickRow(Programs(), 1);
+    EXPECT_EQ(Playing(), "Warm");
+    EXPECT_STREQ(Find<CControlDisplay>(2)->GetText(),
+                 "\"Wide\" holds no program of this instrument");
+}
+
+TEST_F(BrowserTest, KeysAuditionKeepAndGoBack) {
+    instance->synth.SetParamValue(5, 0.77f);
+    browser->Close();
+    browser->Open();
+    view->PressKey(kKeyDown);
+    EXPECT_EQ(Playing(), "Round");
+    view->PressKey(kKeyRight);
+    EXPECT_EQ(Playing(), "Warm");
+    view->PressKey(kKeyEscape);
+    EXPECT_FALSE(IsOpen());
+    EXPECT_EQ(Playing(), "Deep");
+    EXPECT_EQ(instance->synth.GetParamValue(5), 0.77f) << "edits from before come back";
+    EXPECT_EQ(instance->list.GetCurrentCat(), 0);
+
+    browser->Open();
+    view->PressKey(kKeyDown);
+    view->PressKey(kKeyEnter);
+    EXPECT_FALSE(IsOpen());
+    EXPECT_EQ(Playing(), "Round");
+}
+
+TEST_F(BrowserTest, SearchesAllCategories) {
+    Type("WO");
+    ASSERT_EQ(Programs().GetNumItems(), 1);
+    EXPECT_STREQ(Programs().GetItemText(0), "Wood  -  Pads");
+    ClickRow(Programs(), 0);
+    EXPECT_EQ(Playing(), "Wood");
+    view->PressKey(kKeyBackspace);
+    EXPECT_EQ(Programs().GetNumItems(), 3);
+    view->PressKey(kKeyUp);
+    EXPECT_EQ(Playing(), "Wide");
+    view->PressKey(kKeyEscape);
+    EXPECT_TRUE(IsOpen()) << "the first one ends the search";
+    EXPECT_STREQ(Programs().GetItemText(0), "1. Warm");
+    Type("zz");
+    EXPECT_EQ(Programs().GetNumItems(), 0);
+    view->PressKey(kKeyDown);
+    EXPECT_EQ(Playing(), "Wide");
+}
+
+TEST_F(BrowserTest, ClosesWhereNothingElseIsMeant) {
+    const auto doubleClick = [&](CPoint at) {
+        view->MoveMouse(at);
+        view->PressMouse(kMouseLeft, true);
+        view->ReleaseMouse();
+    };
+    doubleClick({180 + 17 + 30, 47});  // the Load button
+    EXPECT_TRUE(IsOpen());
+    doubleClick(Programs().GetItemRect(9).GetCenter());
+    EXPECT_TRUE(IsOpen()) << "a list where it is empty";
+    doubleClick(Programs().GetItemRect(1).GetCenter());
+    EXPECT_FALSE(IsOpen());
+    browser->Open();
+    doubleClick({400, 75});
+    EXPECT_FALSE(IsOpen()) << "the empty panel";
+    browser->Open();
+    view->Click({660, 16});
+    EXPECT_FALSE(IsOpen()) << "the close button";
+    browser->Open();
+    view->Click({50, 300});
+    EXPECT_FALSE(IsOpen()) << "beside the panel";
+}
+
+TEST_F(BrowserTest, SavesUnderANameAndAsksBeforeItReplaces) {
+    const std::string old = folder.Read("Bass/Round.norava");
+    ClickTool(110);
+    Type("New/");
+    view->PressKey(kKeyEnter);
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("Bass/New"))) << "no way into other folders";
+    ClickTool(110);
+    Type("New one");
+    view->PressKey(kKeyEnter);
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("Bass/New one.norava")));
+    EXPECT_EQ(Playing(), "New one");
+    EXPECT_EQ(Programs().GetSelectedItemID(), 1);
+
+    ClickTool(110);
+    Type("Round");
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(folder.Read("Bass/Round.norava"), old);
+    view->PressKey(kKeyEscape);
+    EXPECT_TRUE(IsOpen());
+    EXPECT_EQ(folder.Read("Bass/Round.norava"), old);
+    ClickTool(110);
+    Type("Round");
+    ClickTool(110);
+    ClickTool(110);  // "Replace"
+    EXPECT_NE(folder.Read("Bass/Round.norava"), old);
+}
+
+TEST_F(BrowserTest, TheAboutBoxClosesOnAnything) {
+    browser->Close();
+    auto made = std::make_unique<CPresetListAboutBox>();
+    CPresetListAboutBox* const about = made.get();
+    window.AttachControlGroup(std::move(made));
+    about->SetPicture(nullptr, CRect(257, 171, 340, 190));
+    about->Open();
+    EXPECT_EQ(window.GetSuperControlGroup(), about);
+    view->Click({5, 5});
+    EXPECT_FALSE(window.IsSuper());
+}
+
+}  // namespace
+}  // namespace norava
