@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "gui/window_port.h"
 
 namespace norava {
@@ -15,6 +17,13 @@ class CWindowPortStandalone : public CWindowPort {
     bool Open(void* parent) override;
     // A window cannot be smaller than one pixel.
     void SetSize(CSize newSize) override;
+    // What the desktop calls the window. UTF-8.
+    void SetTitle(const char* newTitle);
+    // Returns when the window is closed. Not to be deleted by its own handlers meanwhile.
+    void Run();
+
+  private:
+    std::string title = "Norava";
 };
 
 }  // namespace norava

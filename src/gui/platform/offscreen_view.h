@@ -47,6 +47,8 @@ class OffscreenView : public PlatformView, private PixelTarget {
     void TrackMouse(bool on, bool hidePointer) override;
     void WantKeyboard(bool on) override { keyboard = on; }
     void RunEvents() override;
+    void WaitForEvents() override {}
+    void SetTitle(const char*) override {}
     [[nodiscard]] void* GetNativeHandle() override { return this; }
 
   private:

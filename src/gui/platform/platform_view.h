@@ -44,7 +44,9 @@ class PlatformView {
     // While on, events go on outside the view; the hidden pointer returns to where it was.
     virtual void TrackMouse(bool on, bool hidePointer) = 0;
     virtual void WantKeyboard(bool on) = 0;
-    virtual void RunEvents() = 0;  // from the host's idle call
+    virtual void RunEvents() = 0;      // from the host's idle call
+    virtual void WaitForEvents() = 0;  // in a loop of our own: until RunEvents has something to do
+    virtual void SetTitle(const char* title) = 0;  // of a window of its own
     [[nodiscard]] virtual void* GetNativeHandle() = 0;
 };
 
