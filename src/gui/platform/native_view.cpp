@@ -1,3 +1,5 @@
+#if !defined(__linux__) && !defined(_WIN32) && !defined(__APPLE__)
+
 #include "gui/platform/platform_view.h"
 
 namespace norava {
@@ -12,3 +14,5 @@ int GetNativeScale() {
 }
 
 }  // namespace norava
+
+#endif
