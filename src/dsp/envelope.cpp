@@ -13,11 +13,6 @@ double segmentRate(double seconds, double frameRate) {
     return 1.0 / (frameRate * raised);
 }
 
-double getLine(double t, double from, double to, double curve) {
-    if (curve == 0.0) return from + (to - from) * t;
-    return from + (to - from) * (1.0 - (1.0 - t) * std::pow(10.0, t * curve));
-}
-
 }  // namespace
 
 void CEgADSR::start(double baseLevel, double attackTime, double decayTime, double sustainLevel,
@@ -25,66 +20,46 @@ void CEgADSR::start(double baseLevel, double attackTime, double decayTime, doubl
                     double frameRate, double peakLevel) {
     peak_ = peakLevel;
     base_ = baseLevel * peak_;
-    attackStart_ = finished_ ? base_ : output_;
-    finished_ = false;
     sustain_ = sustainLevel * peak_;
-    attackCurve_ = attackCurve;
-    decayCurve_ = decayCurve;
-    releaseCurve_ = releaseCurve;
-    attackRate_ = segmentRate(attackTime, frameRate);
     decayRate_ = segmentRate(decayTime, frameRate);
+    decayCurve_ = decayCurve;
     releaseRate_ = segmentRate(releaseTime, frameRate);
-    stage_ = Stage::attack;
+    releaseCurve_ = releaseCurve;
+    const double from = finished_ ? base_ : output_;
+    finished_ = false;
+    enter(Stage::attack, {from, peak_, segmentRate(attackTime, frameRate), attackCurve});
+}
+
+void CEgADSR::enter(Stage stage, const Segment& segment) {
+    stage_ = stage;
+    segment_ = segment;
     position_ = 0.0;
 }
 
-float CEgADSR::GetFrame(long frames) {
-    const double count = static_cast<double>(frames);
-    switch (stage_) {
-        case Stage::attack:
-            position_ += attackRate_ * count;
-            if (position_ >= 1.0) {
-                stage_ = Stage::decaySustain;
-                position_ = 0.0;
-                output_ = peak_;
-            } else {
-                output_ = getLine(position_, attackStart_, peak_, attackCurve_);
-            }
-            break;
-        case Stage::decaySustain:
-            position_ += decayRate_ * count;
-            if (position_ >= 1.0) {
-                // Nothing is left to hold, and nothing to release.
-                if (sustain_ == 0.0 && base_ == 0.0) {
-                    stage_ = Stage::release;
-                    finished_ = true;
-                }
-                position_ = 1.0;
-                output_ = sustain_;
-            } else {
-                output_ = getLine(position_, peak_, sustain_, decayCurve_);
-            }
-            break;
-        case Stage::release:
-            position_ += releaseRate_ * count;
-            if (position_ >= 1.0) {
-                finished_ = true;
-                position_ = 1.0;
-                output_ = base_;
-            } else {
-                output_ = getLine(position_, releaseStart_, base_, releaseCurve_);
-            }
-            break;
+void CEgADSR::endSegment() {
+    output_ = segment_.to;
+    if (stage_ == Stage::attack) {
+        enter(Stage::decaySustain, {peak_, sustain_, decayRate_, decayCurve_});
+        return;
     }
-    if (output_ < 0.0) output_ = 0.0;
-    return static_cast<float>(output_);
+    position_ = 1.0;
+    if (stage_ == Stage::release) {
+        finished_ = true;
+    } else if (sustain_ == 0.0 && base_ == 0.0) {
+        // Nothing is left to hold, and nothing to release.
+        enter(Stage::release, {output_, base_, releaseRate_, releaseCurve_});
+        position_ = 1.0;
+        finished_ = true;
+    }
+}
+
+double CEgADSR::bend() const {
+    return 1.0 - (1.0 - position_) * std::pow(10.0, position_ * segment_.curve);
 }
 
 void CEgADSR::release() {
     if (stage_ == Stage::release) return;
-    releaseStart_ = output_;
-    stage_ = Stage::release;
-    position_ = 0.0;
+    enter(Stage::release, {output_, base_, releaseRate_, releaseCurve_});
 }
 
 }  // namespace norava

@@ -21,7 +21,15 @@ class CEgADSR {
     // Advances by `frames` and returns the new value. What is left of a segment that ends within
     // these frames is dropped: the attack reaches exactly its peak at the end of a block, and the
     // decay starts with the next.
-    float GetFrame(long frames);
+    float GetFrame(long frames) {
+        position_ += segment_.rate * static_cast<double>(frames);
+        if (position_ >= 1.0) [[unlikely]]
+            endSegment();
+        else
+            output_ = level();
+        if (output_ < 0.0) output_ = 0.0;
+        return static_cast<float>(output_);
+    }
 
     // Enters the release from the current value; does nothing in the release itself.
     void release();
@@ -32,20 +40,35 @@ class CEgADSR {
   private:
     enum class Stage : std::uint8_t { attack, decaySustain, release };
 
+    struct Segment {
+        double from = 0.0;
+        double to = 0.0;
+        double rate = 0.0;  // positions per frame
+        double curve = 0.0;
+    };
+
+    void enter(Stage stage, const Segment& segment);
+    void endSegment();
+    double bend() const;
+    // At the position within the segment.
+    double level() const {
+        const double t = segment_.curve == 0.0 ? position_ : bend();
+        return segment_.from + (segment_.to - segment_.from) * t;
+    }
+
+    // What every control block needs stands side by side.
+    Segment segment_;
+    double position_ = 0.0;  // within the segment, 0..1
+    double output_ = 0.0;
+    Stage stage_ = Stage::attack;
+    bool finished_ = true;
+
     double peak_ = 0.0;
     double base_ = 0.0;
-    double attackStart_ = 0.0;
-    double attackRate_ = 0.0;  // segment positions per frame, as the two rates below
-    double decayRate_ = 0.0;
     double sustain_ = 0.0;
-    double releaseRate_ = 0.0;
-    Stage stage_ = Stage::attack;
-    double position_ = 0.0;  // within the segment, 0..1
-    bool finished_ = true;
-    double output_ = 0.0;
-    double releaseStart_ = 0.0;
-    double attackCurve_ = 0.0;
+    double decayRate_ = 0.0;
     double decayCurve_ = 0.0;
+    double releaseRate_ = 0.0;
     double releaseCurve_ = 0.0;
 };
 

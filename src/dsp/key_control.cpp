@@ -101,6 +101,10 @@ void CNoravaKey::updateParams(int frames) {
     updateHiCutEnvelope();
     const double blockSeconds = frames / kRate;
     if (!updateAmpEnvelope(blockSeconds)) return;
+    const bool isAttacking = secondsSinceRelease_ < 0.0 &&
+                             (secondsSinceStart_ <= hiCutAttackSeconds_ ||
+                              secondsSinceStart_ < static_cast<double>(settings_.ampAttackSeconds));
+    settledRevision_ = plan.moving != 0 || isAttacking ? 0 : seenRevision_;
     secondsSinceStart_ += blockSeconds;
 }
 

@@ -54,11 +54,22 @@ KernelPath fastestKernelPath() {
     return kFastest;
 }
 
+void updateKeys(SoundSettings& settings, int frames, CNoravaKey** keys) {
+    const double seconds = frames / static_cast<double>(kInternalRate);
+    for (unsigned word = 0; word < settings.activeKeys.size(); ++word) {
+        for (std::uint64_t bits = settings.activeKeys[word]; bits != 0; bits &= bits - 1) {
+            CNoravaKey& key = *keys[64 * word + static_cast<unsigned>(std::countr_zero(bits))];
+            if (key.hasSettled())
+                key.letTimePass(frames, seconds);
+            else
+                key.updateParams(frames);
+        }
+    }
+}
+
 void processKeys([[maybe_unused]] KernelPath path, SoundSettings& settings, float* left,
                  float* right, int frames, CNoravaKey** keys, float* peak1, float* peak2) {
-    for (unsigned word = 0; word < settings.activeKeys.size(); ++word)
-        for (std::uint64_t bits = settings.activeKeys[word]; bits != 0; bits &= bits - 1)
-            keys[64 * word + static_cast<unsigned>(std::countr_zero(bits))]->updateParams(frames);
+    updateKeys(settings, frames, keys);
     if ((settings.activeKeys[0] | settings.activeKeys[1]) == 0 || frames < 1) return;
 
     KeyKernelData* list[kListEntries];

@@ -13,6 +13,9 @@ bool kernelPathAvailable(KernelPath path);
 // The fastest path of this machine, found once.
 KernelPath fastestKernelPath();
 
+// The control block of every sounding key, which may end its note.
+void updateKeys(SoundSettings& settings, int frames, CNoravaKey** keys);
+
 // Renders `frames` frames of every sounding key at kInternalRate. `keys` holds the instrument's
 // kNumKeys keys in note order. Stores the keys' sum into `left` and `right` when any key sounds,
 // and leaves both alone when none does. `peak1` and `peak2` are raised to the largest magnitude of

@@ -55,27 +55,48 @@ std::size_t alignedBytes(int frames, int stride) {
            ~std::size_t{15};
 }
 
+constexpr v128i kLineStride = {8, 8, 4, 4};
+
+// Where a key's lines lie in its memory, as long as its lowest tuning can need: three octaves down,
+// and the second string four times as long as the first.
+struct KeyLineLayout {
+    explicit KeyLineLayout(float keyFrequencyHz) {
+        const int period = std::min(periodFrames(keyFrequencyHz / 8.0), kMaxLineFrames);
+        const int longest = std::min(4 * period, kMaxLineFrames);
+        capacityFrames = {period, longest, period, longest};
+        for (int i = 0; i < kKeyLines; ++i) {
+            start[i] = static_cast<std::int32_t>(bytes);
+            bytes += alignedBytes(capacityFrames[static_cast<std::size_t>(i)], kLineStride[i]);
+        }
+    }
+    std::array<int, kKeyLines> capacityFrames;
+    v128i start{};
+    std::size_t bytes = 0;
+};
+
+float keyFrequency(int key) {
+    return static_cast<float>(220.0 * std::exp2((key - 57) / 12.0));
+}
+
 }  // namespace
 
-CNoravaKey::CNoravaKey(int key, SoundSettings& settings)
-    : settings_(settings),
-      key_(key),
-      keyFrequencyHz_(static_cast<float>(220.0 * std::exp2((key - 57) / 12.0))) {
-    // The longest lines: three octaves down, and the second string four times as long as the first.
-    const int period = std::min(periodFrames(keyFrequencyHz_ / 8.0), kMaxLineFrames);
-    const int longest = std::min(4 * period, kMaxLineFrames);
-    capacityFrames_ = {period, longest, period, longest};
-    KeyLines& lines = data_.strings.lines;
-    lines.stride = v128i{8, 8, 4, 4};
-    std::size_t bytes = 0;
-    for (int i = 0; i < kKeyLines; ++i) {
-        lines.start[i] = static_cast<std::int32_t>(bytes);
-        bytes += alignedBytes(capacityFrames_[static_cast<std::size_t>(i)], lines.stride[i]);
-    }
-    memory_ = std::make_unique<unsigned char[]>(bytes);
-    data_.strings.memory = memory_.get();
+std::size_t CNoravaKey::bytesFor(int key) {
+    return LineMemory::sizeOf(KeyLineLayout(keyFrequency(key)).bytes);
+}
+
+CNoravaKey::CNoravaKey(int key, SoundSettings& settings, LineMemory& memory)
+    : settings_(settings), key_(key), keyFrequencyHz_(keyFrequency(key)) {
+    const KeyLineLayout layout(keyFrequencyHz_);
+    capacityFrames_ = layout.capacityFrames;
+    data_.strings.lines.start = layout.start;
+    data_.strings.lines.stride = kLineStride;
+    memory_ = memory.take(layout.bytes);
+    data_.strings.memory = reinterpret_cast<unsigned char*>(memory_.get());
     reset();
 }
+
+CNoravaKey::CNoravaKey(int key, SoundSettings& settings)
+    : CNoravaKey(key, settings, *std::make_unique<LineMemory>(bytesFor(key))) {}
 
 void CNoravaKey::setActive(bool active) {
     active_ = active;
@@ -101,7 +122,7 @@ void CNoravaKey::reset() {
     cleared.memory = strings.memory;
     strings = cleared;
 
-    seenRevision_ = 0;
+    seenRevision_ = settledRevision_ = 0;
     memos_ = Memos{};
 }
 
@@ -116,7 +137,7 @@ void CNoravaKey::start(float velocity) {
                               static_cast<double>(kInternalRate), 1.0);
     KeyExciter& exciter = data_.exciter;
     exciter.loCutX1 = exciter.loCutX2 = exciter.loCutY1 = exciter.loCutY2 = 0.0f;
-    seenRevision_ = 0;
+    seenRevision_ = settledRevision_ = 0;
     setActive(true);
 }
 
@@ -145,7 +166,7 @@ void CNoravaKey::release() {
     secondsSinceRelease_ = 0.0;
     releaseFlag_ = 1.0f;
     modulationEnvelope_.release();
-    seenRevision_ = 0;
+    seenRevision_ = settledRevision_ = 0;
 }
 
 double CNoravaKey::sourceValue(int source) const {

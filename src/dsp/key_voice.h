@@ -1,11 +1,13 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <memory>
 
 #include "dsp/envelope.h"
 #include "dsp/input_memo.h"
 #include "dsp/key_kernel_data.h"
+#include "dsp/line_memory.h"
 #include "dsp/sound_settings.h"
 
 namespace norava {
@@ -18,8 +20,11 @@ namespace norava {
 class CNoravaKey {
   public:
     // key: MIDI note number, kFirstKeyNote .. kFirstKeyNote + kNumKeys - 1. `settings` must outlive
-    // the key.
+    // the key. Takes its lines out of `memory`, or makes memory of its own.
+    CNoravaKey(int key, SoundSettings& settings, LineMemory& memory);
     CNoravaKey(int key, SoundSettings& settings);
+    // What the key takes out of the memory.
+    static std::size_t bytesFor(int key);
     CNoravaKey(const CNoravaKey&) = delete;
     CNoravaKey& operator=(const CNoravaKey&) = delete;
 
@@ -33,6 +38,10 @@ class CNoravaKey {
     // Computes the coefficients for the next `frames` frames at kInternalRate. May end the note
     // (see isActive).
     void updateParams(int frames);
+    // The same for a key that hasSettled.
+    void letTimePass(int frames, double seconds);
+    // Whether the next control block leaves every coefficient as it is, or ends the note.
+    bool hasSettled() const { return settledRevision_ == settings_.revision; }
     // The matrix's sum for one destination code (see ModulationDestination), -64..64; "lfo ampl"
     // and "level" are 1 when no slot with a source leads to them.
     float getModulator(int destination) const;
@@ -59,24 +68,25 @@ class CNoravaKey {
     void updateHiCutEnvelope();
     bool updateAmpEnvelope(double blockSeconds);
 
+    // What every control block needs stands side by side.
     SoundSettings& settings_;
-    KeyKernelData data_;
-    std::unique_ptr<unsigned char[]> memory_;
-    std::array<int, kKeyLines> capacityFrames_{};
-
-    const int key_;
-    const float keyFrequencyHz_;
-    bool active_ = false;
-    std::uint32_t seenRevision_ = 0;  // 0: everything is due, whatever the instrument's revision
-
-    CEgADSR modulationEnvelope_;
+    std::uint32_t seenRevision_ = 0;     // 0: everything is due, whatever the instrument's revision
+    std::uint32_t settledRevision_ = 0;  // 0: has not settled
+    double secondsSinceStart_ = 0.0;
+    double secondsSinceRelease_ = -1.0;  // -1 while the key is held
     float envelopeValue_ = 0.0f;
     float lfoAmplitude_ = 0.0f;
     float lfoValue_ = 0.0f;
     float velocity_ = 0.0f;
     float releaseFlag_ = 0.0f;
-    double secondsSinceStart_ = 0.0;
-    double secondsSinceRelease_ = -1.0;  // -1 while the key is held
+    bool active_ = false;
+    CEgADSR modulationEnvelope_;
+    KeyKernelData data_;
+
+    const int key_;
+    const float keyFrequencyHz_;
+    std::shared_ptr<std::byte[]> memory_;
+    std::array<int, kKeyLines> capacityFrames_{};
 
     double baseRatio_ = 1.0;  // corrects the string's truncation to whole frames
     double hiCutAttackSeconds_ = 0.0;
@@ -100,5 +110,15 @@ class CNoravaKey {
     };
     Memos memos_;
 };
+
+inline void CNoravaKey::letTimePass(int frames, double seconds) {
+    envelopeValue_ = modulationEnvelope_.GetFrame(frames);
+    lfoValue_ = settings_.lfoValue * lfoAmplitude_;
+    if (secondsSinceRelease_ >= 0.0) {
+        if (secondsSinceRelease_ > static_cast<double>(settings_.ampReleaseSeconds)) return reset();
+        secondsSinceRelease_ += seconds;
+    }
+    secondsSinceStart_ += seconds;
+}
 
 }  // namespace norava

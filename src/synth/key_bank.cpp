@@ -3,15 +3,18 @@
 namespace norava {
 
 KeyBank::KeyBank(SoundSettings& sound) : sound_(sound) {
+    std::size_t bytes = 0;
+    for (int k = 0; k < kNumKeys; ++k)
+        bytes += CNoravaKey::bytesFor(kFirstKeyNote + k);
+    LineMemory lines(bytes);
     for (int k = 0; k < kNumKeys; ++k) {
         const auto i = static_cast<std::size_t>(k);
-        keys_[i] = std::make_unique<CNoravaKey>(kFirstKeyNote + k, sound);
-        pointers_[i] = keys_[i].get();
+        pointers_[i] = &keys_[i].emplace(kFirstKeyNote + k, sound, lines);
     }
 }
 
 void KeyBank::Reset() {
-    for (const auto& key : keys_)
+    for (CNoravaKey* const key : pointers_)
         key->reset();
 }
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
-#include <memory>
+#include <optional>
 
 #include "dsp/key_kernel.h"
 #include "dsp/key_voice.h"
@@ -39,7 +39,7 @@ class KeyBank {
     CNoravaKey* Find(int note);
 
     SoundSettings& sound_;
-    std::array<std::unique_ptr<CNoravaKey>, kNumKeys> keys_;
+    std::array<std::optional<CNoravaKey>, kNumKeys> keys_;
     std::array<CNoravaKey*, kNumKeys> pointers_{};  // as the kernel takes them
     std::array<std::uint64_t, 2> reported_{};
 };
