@@ -23,27 +23,6 @@ bool machineIsWide() {
 const KernelPath kFastest =
     kHasWidePath && machineIsWide() ? KernelPath::wide : KernelPath::baseline;
 
-constexpr int kListEntries = (kNumKeys + kKeysPerVector - 1) / kKeysPerVector * kKeysPerVector;
-static_assert(kNumKeys % 4 == 0, "the silent keys always complete the last group");
-
-// The sounding keys in note order, then silent ones that fill the last vector. Those that complete
-// the last group of four are the instrument's own, the first ones in note order: their noise runs
-// too, and is where it got to when they start. What follows them is no group: `spare` stands in.
-int listKeys(const SoundSettings& settings, CNoravaKey** keys, KeyKernelData* spare,
-             KeyKernelData** list) {
-    int count = 0;
-    for (unsigned word = 0; word < settings.activeKeys.size(); ++word)
-        for (std::uint64_t bits = settings.activeKeys[word]; bits != 0; bits &= bits - 1)
-            list[count++] =
-                &keys[64 * word + static_cast<unsigned>(std::countr_zero(bits))]->kernelData();
-    const int sounding = count;
-    for (int k = 0; k < kNumKeys && count % 4 != 0; ++k)
-        if (!keys[k]->isActive()) list[count++] = &keys[k]->kernelData();
-    while (count % kKeysPerVector != 0)
-        list[count++] = spare;
-    return sounding;
-}
-
 }  // namespace
 
 bool kernelPathAvailable(KernelPath path) {
@@ -58,25 +37,29 @@ void updateKeys(SoundSettings& settings, int frames, CNoravaKey** keys) {
     const double seconds = frames / static_cast<double>(kInternalRate);
     for (unsigned word = 0; word < settings.activeKeys.size(); ++word) {
         for (std::uint64_t bits = settings.activeKeys[word]; bits != 0; bits &= bits - 1) {
-            CNoravaKey& key = *keys[64 * word + static_cast<unsigned>(std::countr_zero(bits))];
-            if (key.hasSettled())
-                key.letTimePass(frames, seconds);
-            else
-                key.updateParams(frames);
+            const int k = static_cast<int>(64 * word) + std::countr_zero(bits);
+            if (keys[k]->hasSettled()) {
+                keys[k]->letTimePass(frames, seconds);
+            } else {
+                keys[k]->updateParams(frames);
+                settings.exciters.refresh(k);
+            }
         }
     }
 }
 
-void processKeys([[maybe_unused]] KernelPath path, SoundSettings& settings, float* left,
-                 float* right, int frames, CNoravaKey** keys, float* peak1, float* peak2) {
+void processKeys(KernelPath path, SoundSettings& settings, float* left, float* right, int frames,
+                 CNoravaKey** keys, float* peak1, float* peak2) {
     updateKeys(settings, frames, keys);
     if ((settings.activeKeys[0] | settings.activeKeys[1]) == 0 || frames < 1) return;
 
-    KeyKernelData* list[kListEntries];
-    KeyKernelData spare;
+    const bool isWide = kHasWidePath && path == KernelPath::wide;
+    ExciterBank& exciters = settings.exciters;
+    exciters.seat(settings.activeKeys, keys, isWide ? kWideLanes : kBaselineLanes);
     const double saturation = settings.stringSaturation;
-    KernelJob job{.keys = list,
-                  .numSounding = listKeys(settings, keys, &spare, list),
+    KernelJob job{.keys = exciters.list(),
+                  .numSounding = exciters.numSounding(),
+                  .exciterLanes = exciters.lanes(),
                   .frames = frames,
                   .saturation = static_cast<float>(saturation * saturation * saturation * 100.0),
                   .noiseSeed = settings.noiseSeed,
@@ -85,7 +68,7 @@ void processKeys([[maybe_unused]] KernelPath path, SoundSettings& settings, floa
                   .peak1 = *peak1,
                   .peak2 = *peak2};
 #if defined(__x86_64__)
-    if (path == KernelPath::wide)
+    if (isWide)
         renderKeysWide(job);
     else
 #endif

@@ -10,9 +10,8 @@
 
 namespace norava {
 
-// Packed by key: the kernel turns four of these into vectors whose lane i is key i. The order
-// groups the values in fours so that a 4 x 4 transposition loads them; coefficients first, states
-// after them.
+// Packed by key: the kernel takes them with a lane for each key (see ExciterBank). Coefficients
+// first, states after them.
 struct alignas(16) KeyExciter {
     float noiseCoefficient;  // a draw above it becomes the held noise value
     float noiseMix;          // gain of the held noise
@@ -38,8 +37,6 @@ struct alignas(16) KeyExciter {
 
     float stage1, stage2, stage3, stage4;  // hi-cut stages
 };
-inline constexpr int kExciterRows = sizeof(KeyExciter) / sizeof(v128);
-inline constexpr int kFirstExciterStateRow = 3;  // `ampRate` shares its row with the first states
 
 // The circular stores of a key, as lanes: the two lines of string 1, those of string 2, comb 1,
 // comb 2. The lines of a string are stored as pairs (line a, line b), because they have one length

@@ -43,9 +43,9 @@ constexpr NoiseJump noiseJump(std::uint32_t steps) {
     return result;
 }
 
-// KeyExciter, a vector for each of its floats.
+// KeyExciter, a vector for each of its floats, as the keys' ExciterBank holds them.
 template <class F>
-struct ExciterLanes {
+struct __attribute__((may_alias)) ExciterLanes {
     F noiseCoefficient, noiseMix, noiseOffset, loCutB;
     F loCutC1, loCutC2, hiCutEnvTarget, hiCutEnvRate;
     F hiCutCutoff, hiCutFeedback, hiCutClip, ampTarget;
@@ -53,58 +53,6 @@ struct ExciterLanes {
     F x1, x2, y1, y2;
     F stage1, stage2, stage3, stage4;
 };
-
-// A group's keys, turned into lanes.
-NORAVA_INLINE void gather(KeyKernelData* const* keys, ExciterLanes<v128>& lanes) {
-    v128* f = &lanes.noiseCoefficient;
-    for (int row = 0; row < kExciterRows; ++row, f += 4) {
-        v128 r[4];
-        for (int i = 0; i < 4; ++i)
-            r[i] = loadLanes<v128>(&keys[i]->exciter.noiseCoefficient + 4 * row);
-        transpose(r[0], r[1], r[2], r[3]);
-        for (int i = 0; i < 4; ++i)
-            f[i] = r[i];
-    }
-}
-
-// The states back to their keys.
-NORAVA_INLINE void scatter(const ExciterLanes<v128>& lanes, KeyKernelData* const* keys) {
-    const v128* f = &lanes.noiseCoefficient + 4 * kFirstExciterStateRow;
-    for (int row = kFirstExciterStateRow; row < kExciterRows; ++row, f += 4) {
-        v128 r[4] = {f[0], f[1], f[2], f[3]};
-        transpose(r[0], r[1], r[2], r[3]);
-        for (int i = 0; i < 4; ++i)
-            storeLanes(&keys[i]->exciter.noiseCoefficient + 4 * row, r[i]);
-    }
-}
-
-NORAVA_INLINE void loadExciter(KeyKernelData* const* keys, ExciterLanes<v128>& lanes) {
-    gather(keys, lanes);
-}
-NORAVA_INLINE void loadExciter(KeyKernelData* const* keys, ExciterLanes<v256>& lanes) {
-    ExciterLanes<v128> halves[2];
-    gather(keys, halves[0]);
-    gather(keys + 4, halves[1]);
-    for (int i = 0; i < 4 * kExciterRows; ++i) {
-        const v128 parts[2] = {(&halves[0].noiseCoefficient)[i], (&halves[1].noiseCoefficient)[i]};
-        join(parts, (&lanes.noiseCoefficient)[i]);
-    }
-}
-
-NORAVA_INLINE void storeExciter(const ExciterLanes<v128>& lanes, KeyKernelData* const* keys) {
-    scatter(lanes, keys);
-}
-NORAVA_INLINE void storeExciter(const ExciterLanes<v256>& lanes, KeyKernelData* const* keys) {
-    ExciterLanes<v128> halves[2];
-    for (int i = 4 * kFirstExciterStateRow; i < 4 * kExciterRows; ++i) {
-        v128 parts[2];
-        split((&lanes.noiseCoefficient)[i], parts);
-        (&halves[0].noiseCoefficient)[i] = parts[0];
-        (&halves[1].noiseCoefficient)[i] = parts[1];
-    }
-    scatter(halves[0], keys);
-    scatter(halves[1], keys + 4);
-}
 
 // One piece of the signals that the groups hand to their strings: per frame, a lane for each key.
 struct PieceSignals {

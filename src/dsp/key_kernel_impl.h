@@ -13,6 +13,7 @@
 
 #include <cstdint>
 
+#include "dsp/exciter_bank.h"
 #include "dsp/key_kernel_brief.h"
 #include "dsp/key_kernel_exciter.h"
 #include "dsp/key_kernel_output.h"
@@ -45,43 +46,66 @@ template <class L>
 struct Kernel {
     static constexpr int kLanes = 4 * L::kHalves;                // keys in a vector
     static constexpr int kMaxVectors = kMaxGroups / L::kHalves;  // vectors side by side
-    static_assert(kKeysPerVector % kLanes == 0);
 
     KernelJob& job;
+    const NoiseJump blockJump;  // what a group of four draws in the block
+    const bool clips;           // every key carries the instrument's one clip amount
+    v128 peaks;
     PieceSignals signals;
     StepSchedule schedule;
     StringPiece pieces[kKeysInFlight];
-    KeyStrings spare{};  // stands in for keys that a group lacks; nobody hears it
-    v128 peaks;
+    KeyStrings spare;  // stands in for keys that a group lacks; nobody hears it
 
-    explicit Kernel(KernelJob& j) : job(j) {}
+    explicit Kernel(KernelJob& j)
+        : job(j),
+          blockJump(noiseJump(4 * static_cast<std::uint32_t>(j.frames))),
+          clips(j.keys[0]->exciter.hiCutClip != 0.0f) {
+        spare.phase = spare.pitchRatio = 0.0;
+    }
+
+    // The noise and the filters of N vectors of keys for one piece.
+    template <int N>
+    void renderSignals(int firstKey, typename L::U* seeds, int frames) {
+        auto* const lanes = reinterpret_cast<ExciterLanes<typename L::F>*>(
+            job.exciterLanes + ExciterBank::kFields * firstKey);
+        renderNoise<L, N>(lanes, seeds, frames, signals);
+        // A division by exactly 1 changes nothing.
+        if (clips)
+            renderHiCut<L, N, true>(lanes, frames, signals);
+        else
+            renderHiCut<L, N, false>(lanes, frames, signals);
+    }
+
+    // N vectors of keys, from `firstKey` on, through all frames of a block of a few.
+    template <int N>
+    void renderVectorsBriefly(int firstKey) {
+        const int sounding = smaller(job.numSounding - firstKey, kLanes * N);
+        for (int k = 0; k < 4 && firstKey == 0; ++k)
+            fetchLines(job.keys[firstKey + k]->strings);
+        typename L::U seeds[N];
+        drawSeeds<N>(firstKey, seeds);
+        renderSignals<N>(firstKey, seeds, job.frames);
+        for (int k = 0; k < sounding; k += 4)
+            renderGroupBriefly(job, firstKey + k, smaller(sounding - k, 4), &signals.exciter[0][k],
+                               &signals.amp[0][k], peaks);
+    }
 
     // N vectors of keys, from `firstKey` on, through all frames of the block.
     template <int N>
     void renderVectors(int firstKey) {
         constexpr int kKeys = kLanes * N;
-        ExciterLanes<typename L::F> lanes[N];
         typename L::U seeds[N];
         drawSeeds<N>(firstKey, seeds);
-        for (int v = 0; v < N; ++v)
-            loadExciter(job.keys + firstKey + kLanes * v, lanes[v]);
-        bool clips = false;
         double fastest = 0.0;
         for (int k = 0; k < kKeys; ++k) {
-            const KeyKernelData& key = *job.keys[firstKey + k];
-            clips = clips || key.exciter.hiCutClip != 0.0f;
-            if (key.strings.pitchRatio > fastest) fastest = key.strings.pitchRatio;
+            const double ratio = job.keys[firstKey + k]->strings.pitchRatio;
+            if (ratio > fastest) fastest = ratio;
         }
         const int sounding = smaller(job.numSounding - firstKey, kKeys);
         const int step = pieceFrames(fastest);
         for (int done = 0; done < job.frames; done += step) {
             const int n = smaller(job.frames - done, step);
-            renderNoise<L, N>(lanes, seeds, n, signals);
-            // A division by exactly 1 changes nothing.
-            if (clips)
-                renderHiCut<L, N, true>(lanes, n, signals);
-            else
-                renderHiCut<L, N, false>(lanes, n, signals);
+            renderSignals<N>(firstKey, seeds, n);
             for (int k = 0; k < sounding; k += kScheduledKeys) {
                 KeyStrings* strings[kScheduledKeys];
                 for (int i = 0; i < kScheduledKeys; ++i)
@@ -91,20 +115,17 @@ struct Kernel {
                     renderGroup(firstKey, k, i, smaller(sounding - k - i, kKeysInFlight), done, n);
             }
         }
-        for (int v = 0; v < N; ++v)
-            storeExciter(lanes[v], job.keys + firstKey + kLanes * v);
     }
 
     // Groups draw their block's numbers one after the other.
     template <int N>
     void drawSeeds(int firstKey, typename L::U* seeds) {
-        const NoiseJump block = noiseJump(4 * static_cast<std::uint32_t>(job.frames));
         for (int v = 0; v < N; ++v) {
             v128u groups[2];
             for (int h = 0; h < L::kHalves; ++h) {
                 groups[h] = laneSeeds(job.noiseSeed);
                 if (firstKey + 4 * (L::kHalves * v + h) < job.numSounding)
-                    job.noiseSeed = block(job.noiseSeed);
+                    job.noiseSeed = blockJump(job.noiseSeed);
             }
             join(groups, seeds[v]);
         }
@@ -171,7 +192,10 @@ struct Kernel {
             if (job.numSounding - firstKey <= kLanes * (N - 1))
                 return renderVectorsUpTo<N - 1>(firstKey);
         }
-        renderVectors<N>(firstKey);
+        if (job.frames <= kBriefFrames)
+            renderVectorsBriefly<N>(firstKey);
+        else
+            renderVectors<N>(firstKey);
     }
 
     void render() {
@@ -185,7 +209,6 @@ struct Kernel {
 
 template <class L>
 void renderKeys(KernelJob& job) {
-    if (job.frames <= kBriefFrames) return renderBriefly(job);
     Kernel<L> kernel(job);
     kernel.render();
 }

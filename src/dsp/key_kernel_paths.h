@@ -6,14 +6,12 @@
 
 namespace norava {
 
-// As many keys as the widest vector of any path has lanes.
-inline constexpr int kKeysPerVector = 8;
-
 // What the kernel needs of the instrument for one block.
 struct KernelJob {
-    // The sounding keys in note order, then silent ones up to a multiple of kKeysPerVector.
+    // The sounding keys in note order, then silent ones up to a whole vector; see ExciterBank.
     KeyKernelData* const* keys;
     int numSounding;
+    float* exciterLanes;
     int frames;
     float saturation;  // amount of the strings' soft clipper, 0..100
     // In: the seed as it stands; out: four steps on for every frame of every group of four keys.
@@ -23,6 +21,9 @@ struct KernelJob {
     float peak1;  // in and out
     float peak2;
 };
+
+inline constexpr int kBaselineLanes = 4;
+inline constexpr int kWideLanes = 8;
 
 // One function an instruction set; the wide one exists on x86 only.
 void renderKeysBaseline(KernelJob& job);

@@ -100,9 +100,9 @@ CNoravaKey::CNoravaKey(int key, SoundSettings& settings)
 
 void CNoravaKey::setActive(bool active) {
     active_ = active;
-    const unsigned index = static_cast<unsigned>(key_ - kFirstKeyNote);
-    const std::uint64_t bit = std::uint64_t{1} << (index % 64);
-    std::uint64_t& word = settings_.activeKeys[index / 64 % settings_.activeKeys.size()];
+    const auto at = static_cast<unsigned>(index());
+    const std::uint64_t bit = std::uint64_t{1} << (at % 64);
+    std::uint64_t& word = settings_.activeKeys[at / 64 % settings_.activeKeys.size()];
     word = active ? word | bit : word & ~bit;
 }
 
@@ -115,6 +115,7 @@ void CNoravaKey::reset() {
     baseRatio_ = 1.0;
 
     data_.exciter = KeyExciter{};
+    settings_.exciters.leave(index());
     KeyStrings& strings = data_.strings;
     KeyStrings cleared{};
     cleared.lines = strings.lines;
@@ -137,6 +138,7 @@ void CNoravaKey::start(float velocity) {
                               static_cast<double>(kInternalRate), 1.0);
     KeyExciter& exciter = data_.exciter;
     exciter.loCutX1 = exciter.loCutX2 = exciter.loCutY1 = exciter.loCutY2 = 0.0f;
+    settings_.exciters.clearLoCut(index());
     seenRevision_ = settledRevision_ = 0;
     setActive(true);
 }

@@ -47,11 +47,14 @@ class CNoravaKey {
     float getModulator(int destination) const;
 
     bool isActive() const { return active_; }
+    // Of the amplitude envelope, as the last rendered frame left it; 0 before that.
+    float amplitude() const { return settings_.exciters.amplitude(index()); }
     float keyFrequencyHz() const { return keyFrequencyHz_; }
     KeyKernelData& kernelData() { return data_; }
     const KeyKernelData& kernelData() const { return data_; }
 
   private:
+    int index() const { return key_ - kFirstKeyNote; }
     void setActive(bool active);
     void setStringLengths();
     float modulate(ModulationDestination d) const { return getModulator(static_cast<int>(d)); }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 
+#include "dsp/exciter_bank.h"
 #include "dsp/modulation.h"
 
 // What a key voice knows of the instrument it belongs to: sound settings already in engine units,
@@ -86,12 +87,14 @@ struct SoundSettings {
     float lfoValue = 0.0f;        // -1..1, this block's LFO output
     std::uint32_t noiseSeed = 0;  // of this instrument alone, so that every rendering is repeatable
 
-    // One bit a key that sounds (bit k % 64 of word k / 64 for note 24 + k), kept by the keys
-    // themselves.
-    std::array<std::uint64_t, 2> activeKeys{};
+    // The keys that sound (key k is note 24 + k), kept by the keys themselves.
+    KeyMask activeKeys{};
 
     // The matrix as the voices use it, kept by the voices themselves.
     ModulationPlan plan;
+
+    // Kept by the voices and their kernel.
+    ExciterBank exciters;
 };
 
 }  // namespace norava

@@ -69,7 +69,7 @@ TEST(KeyVoice, AmplitudeKeepsItsTimes) {
     const auto ampAfter = [&](int milliseconds) {
         for (int i = 0; i < milliseconds; ++i)
             instrument.render(kFrames);
-        return key.kernelData().exciter.amp;
+        return key.amplitude();
     };
     key.start(1.0f);
     EXPECT_NEAR(ampAfter(100), 0.53, 0.01);
