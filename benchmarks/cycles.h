@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <cstddef>
 #include <limits>
+#include <vector>
 
 // Core cycles as the unit of every figure in this folder. Wall-clock time says little on a machine
 // whose clock wanders and whose cores are shared; a chain of dependent float multiplications takes
@@ -82,13 +85,28 @@ double coreCyclesOnce(Work&& work) {
     return detail::nanosecondsBetween(start, end) / (0.5 * (before + after));
 }
 
-// The least of `repetitions` measurements.
-template <class Work>
-double coreCycles(Work&& work, int repetitions = 200) {
-    double least = std::numeric_limits<double>::infinity();
-    for (int i = 0; i < repetitions; ++i)
-        least = std::min(least, coreCyclesOnce(work));
-    return least;
-}
+// Many measurements of the same work.
+class Measurements {
+  public:
+    template <class Work>
+    void take(Work&& work) {
+        const double cycles = coreCyclesOnce(work);
+        if (std::isfinite(cycles)) cycles_.push_back(cycles);
+    }
+    // Infinite when every measurement was thrown away.
+    double quantile(double share) const {
+        if (cycles_.empty()) return std::numeric_limits<double>::infinity();
+        std::vector<double> sorted = cycles_;
+        const auto at = static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1));
+        std::ranges::nth_element(sorted, sorted.begin() + static_cast<std::ptrdiff_t>(at));
+        return sorted[at];
+    }
+    // What the work takes while nobody else needs the core: close to the least, but not at the
+    // mercy of a single clock that was read wrongly.
+    double undisturbed() const { return quantile(0.05); }
+
+  private:
+    std::vector<double> cycles_;
+};
 
 }  // namespace norava::bench

@@ -5,8 +5,7 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
-#include <memory>
+#include <optional>
 #include <vector>
 
 #include "benchmarks/cycles.h"
@@ -38,26 +37,32 @@ void makeSound(SoundSettings& s) {
 struct Keys {
     explicit Keys(int sounding) {
         makeSound(settings);
-        for (int k = 0; k < kNumKeys; ++k) {
-            own.push_back(std::make_unique<CNoravaKey>(kFirstKeyNote + k, settings));
-            keys.push_back(own.back().get());
-        }
+        std::size_t bytes = 0;
+        for (int k = 0; k < kNumKeys; ++k)
+            bytes += CNoravaKey::bytesFor(kFirstKeyNote + k);
+        LineMemory lines(bytes);
+        for (std::size_t k = 0; k < kNumKeys; ++k)
+            keys.push_back(&own[k].emplace(kFirstKeyNote + static_cast<int>(k), settings, lines));
         for (int k = 0; k < sounding; ++k)
             keys[static_cast<std::size_t>(k)]->start(0.8f);
     }
     void block(KernelPath path) {
-        for (const int frames : kChunks)
-            processKeys(path, settings, left, right, frames, keys.data(), &peak1, &peak2);
+        for (const int count : kChunks)
+            frames(path, count);
+    }
+    void frames(KernelPath path, int count) {
+        processKeys(path, settings, left, right, count, keys.data(), &peak1, &peak2);
     }
 
     SoundSettings settings;
-    std::vector<std::unique_ptr<CNoravaKey>> own;
+    std::array<std::optional<CNoravaKey>, kNumKeys> own;
     std::vector<CNoravaKey*> keys;
     float left[kBlockFrames] = {}, right[kBlockFrames] = {};
     float peak1 = 0, peak2 = 0;
 };
 
-void report(benchmark::State& state, double cycles, int keys) {
+void report(benchmark::State& state, const Measurements& measured, int keys) {
+    const double cycles = measured.undisturbed();
     state.counters["cycles/frame"] = cycles / kBlockFrames;
     state.counters["cycles/frame/key"] = cycles / kBlockFrames / keys;
 }
@@ -69,13 +74,32 @@ void soundingKeys(benchmark::State& state, KernelPath path) {
     Keys keys(sounding);
     for (int i = 0; i < kSettleBlocks; ++i)
         keys.block(path);
-    double least = std::numeric_limits<double>::infinity();
+    Measurements measured;
     for (auto _ : state)
-        least = std::min(least, coreCyclesOnce([&] { keys.block(path); }));
-    report(state, least, sounding);
+        measured.take([&] { keys.block(path); });
+    report(state, measured, sounding);
 }
 BENCHMARK_CAPTURE(soundingKeys, baseline, KernelPath::baseline)->Arg(1)->Arg(4)->Arg(16)->Arg(84);
 BENCHMARK_CAPTURE(soundingKeys, wide, KernelPath::wide)->Arg(1)->Arg(4)->Arg(16)->Arg(84);
+
+// Hosts that cut at every frame.
+void soundingKeysFramesOf1(benchmark::State& state, KernelPath path) {
+    if (!kernelPathAvailable(path)) return state.SkipWithError("not on this machine");
+    const CDenormalGuard guard;
+    const int sounding = static_cast<int>(state.range(0));
+    Keys keys(sounding);
+    for (int i = 0; i < kSettleBlocks; ++i)
+        keys.block(path);
+    Measurements measured;
+    for (auto _ : state)
+        measured.take([&] {
+            for (int i = 0; i < kBlockFrames; ++i)
+                keys.frames(path, 1);
+        });
+    report(state, measured, sounding);
+}
+BENCHMARK_CAPTURE(soundingKeysFramesOf1, baseline, KernelPath::baseline)->Arg(1)->Arg(84);
+BENCHMARK_CAPTURE(soundingKeysFramesOf1, wide, KernelPath::wide)->Arg(1)->Arg(8)->Arg(83)->Arg(84);
 
 void soundingKeysPlainTwin(benchmark::State& state) {
     const CDenormalGuard guard;
@@ -89,41 +113,39 @@ void soundingKeysPlainTwin(benchmark::State& state) {
     }
     std::uint32_t seed = 0;
     float left[kBlockFrames], right[kBlockFrames], peak1 = 0, peak2 = 0;
-    double least = std::numeric_limits<double>::infinity();
+    Measurements measured;
     for (auto _ : state)
-        least = std::min(least, coreCyclesOnce([&] {
-                             for (const int frames : kChunks)
-                                 reference::processKeys(keys, seed, left, right, frames, &peak1,
-                                                        &peak2);
-                         }));
-    report(state, least, kNumKeys);
+        measured.take([&] {
+            for (const int frames : kChunks)
+                reference::processKeys(keys, seed, left, right, frames, &peak1, &peak2);
+        });
+    report(state, measured, kNumKeys);
 }
 BENCHMARK(soundingKeysPlainTwin);
 
 // What a key's control block costs while nothing changes, spread over a block's frames.
 void controlBlock(benchmark::State& state) {
     Keys keys(kNumKeys);
-    double least = std::numeric_limits<double>::infinity();
+    Measurements measured;
     for (auto _ : state)
-        least = std::min(least, coreCyclesOnce([&] {
-                             for (const int frames : kChunks)
-                                 for (CNoravaKey* key : keys.keys)
-                                     key->updateParams(frames);
-                         }));
-    report(state, least, kNumKeys);
+        measured.take([&] {
+            for (const int frames : kChunks)
+                updateKeys(keys.settings, frames, keys.keys.data());
+        });
+    report(state, measured, kNumKeys);
 }
 BENCHMARK(controlBlock);
 
 void idleKeys(benchmark::State& state) {
     Keys keys(0);
     constexpr int kBlocks = 64;
-    double least = std::numeric_limits<double>::infinity();
+    Measurements measured;
     for (auto _ : state)
-        least = std::min(least, coreCyclesOnce([&] {
-                             for (int i = 0; i < kBlocks; ++i)
-                                 keys.block(fastestKernelPath());
-                         }));
-    report(state, least / kBlocks, kNumKeys);
+        measured.take([&] {
+            for (int i = 0; i < kBlocks; ++i)
+                keys.block(fastestKernelPath());
+        });
+    state.counters["cycles/frame"] = measured.undisturbed() / kBlockFrames / kBlocks;
 }
 BENCHMARK(idleKeys);
 

@@ -63,20 +63,20 @@ class Bench {
     std::array<float, 8192> right_{};
 };
 
-// Least cycles a frame over all rounds of the state.
+// Cycles a frame of all benches, one block of each after the other.
 double CyclesPerFrame(benchmark::State& state, const std::vector<std::unique_ptr<Bench>>& benches,
                       int blockFrames) {
     const int blocks = std::max(1024 / blockFrames, 1);
-    double least = std::numeric_limits<double>::infinity();
+    Measurements measured;
     for (auto _ : state) {
-        least = std::min(least, coreCyclesOnce([&] {
-                             for (int i = 0; i < blocks; ++i) {
-                                 for (const auto& bench : benches)
-                                     bench->Block(blockFrames);
-                             }
-                         }));
+        measured.take([&] {
+            for (int i = 0; i < blocks; ++i) {
+                for (const auto& bench : benches)
+                    bench->Block(blockFrames);
+            }
+        });
     }
-    return least / (blocks * blockFrames);
+    return measured.undisturbed() / (blocks * blockFrames);
 }
 
 // `notes` sounding keys from the middle outwards, or none; every effect or none.
