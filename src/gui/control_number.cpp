@@ -1,0 +1,137 @@
+#include "gui/control_number.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "gui/unit_value.h"
+#include "gui/window_port.h"
+
+namespace norava {
+
+namespace {
+
+constexpr int kNotchPixels = 100;
+constexpr float kCatchPixels = 3.0f;
+
+}  // namespace
+
+CControlNumber::CControlNumber() {
+    CControl::SetRect(CRect(0, 0, 20, 100));
+    CControlNumber::SetResettingWithRightButton();
+    CControlNumber::SetResettingWithALT();
+}
+
+bool CControlNumber::IsResetClick() const {
+    if (GetMouseBtn() == kMouseRight)
+        return resetsWithRightButton && fineTrigger != FineTrigger::rightButton;
+    return GetMouseBtn() == kMouseLeft && IsALT() && resetsWithAlt &&
+           fineTrigger != FineTrigger::alt;
+}
+
+bool CControlNumber::IsFine() const {
+    switch (fineTrigger) {
+        case FineTrigger::none:
+            return false;
+        case FineTrigger::rightButton:
+            return GetWindowPort() && GetWindowPort()->IsMouseButtonDown(kMouseRight);
+        case FineTrigger::control:
+            return IsCTRL();
+        case FineTrigger::alt:
+            return IsALT();
+        case FineTrigger::shift:
+            return IsSHIFT();
+    }
+    return false;
+}
+
+bool CControlNumber::MouseDown() {
+    if (IsDragged()) return true;
+    if (IsResetClick()) {
+        ChangeValueAtOnce(valueOnReset);
+        return true;
+    }
+    const int button = GetMouseBtn();
+    const bool drags =
+        button == kMouseLeft || (button == kMouseRight && fineTrigger == FineTrigger::rightButton);
+    if (!drags || !BeginGesture(trackingOption)) return false;
+    pressedButton = button;
+    notchHold = 0;
+    dragged = ToUnit(GetValue());
+    Redraw();
+    return true;
+}
+
+bool CControlNumber::MouseDoubleClick() {
+    if (GetMouseBtn() != kMouseLeft || IsDragged()) return false;
+    ChangeValueAtOnce(valueOnReset);
+    return true;
+}
+
+float CControlNumber::ToShownValue(float position) const {
+    const float unit = ToUnit(position);
+    const bool caught = hasNotch && !trackingOption &&
+                        std::fabs(unit - valueOnReset) < kCatchPixels * std::fabs(speed);
+    return caught ? valueOnReset : Quantize(unit);
+}
+
+// Counts down what the detent holds; the value stays meanwhile.
+bool CControlNumber::HoldsNotch(int pixels) {
+    if (notchHold <= 0) return false;
+    const int64_t left = int64_t{notchHold} - pixels;
+    notchHold = left < 0 || left > 2 * kNotchPixels ? 0 : static_cast<int>(left);
+    return true;
+}
+
+void CControlNumber::DragBy(int pixels) {
+    if (HoldsNotch(pixels)) return;
+    // When somebody else has set the value meanwhile the drag goes on from there.
+    if (ToShownValue(dragged) != GetValue()) dragged = ToUnit(GetValue());
+    const float before = dragged;
+    float position = before + static_cast<float>(pixels) * speed * (IsFine() ? zoom : 1.0f);
+    if (trackingOption) position = ToUnit(position);
+    const bool crosses = (before < valueOnReset && valueOnReset <= position) ||
+                         (before > valueOnReset && valueOnReset >= position);
+    if (hasNotch && trackingOption && crosses) {
+        position = valueOnReset;
+        notchHold = kNotchPixels;
+    }
+    const float shown = ToShownValue(position);
+    if (shown == GetValue() || ChangeValue(shown)) dragged = position;
+}
+
+bool CControlNumber::MouseMove() {
+    if (!IsDragged() || !IsTracking()) return false;
+    const CSize moved = GetMouseDelta();
+    DragBy(horizontal ? moved.cx : SaturatedInt(-int64_t{moved.cy}));
+    return true;
+}
+
+bool CControlNumber::MouseUp() {
+    if (!IsDragged() || GetMouseBtn() != pressedButton) return false;
+    LostFocus();
+    return true;
+}
+
+bool CControlNumber::LostFocus() {
+    if (!IsDragged()) return false;
+    pressedButton = kNoButton;
+    EndGesture();
+    Redraw();
+    return true;
+}
+
+std::string CControlNumber::GetValueText() {
+    char shown[kNameBufferBytes] = "";
+    GetParamText(shown);
+    if (shown[0] == '\0')
+        std::snprintf(shown, sizeof shown, "%.2f", static_cast<double>(ToUnit(GetValue())));
+    return shown;
+}
+
+void CControlNumber::DrawToBuffer() {
+    DrawBackground();
+    const PaintScope scope(GetGraphicBuffer(), GetRect());
+    if (scope) DrawLabel(*GetGraphicBuffer(), GetValueText(), GetTextArea(), GetLabelStyle());
+}
+
+}  // namespace norava

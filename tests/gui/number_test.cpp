@@ -1,0 +1,231 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "gui/control_scene.h"
+#include "gui/control_slider.h"
+
+namespace norava {
+namespace {
+
+using test::GestureWindow;
+using test::Log;
+using testing::Each;
+using testing::ElementsAre;
+using testing::FloatEq;
+using testing::IsEmpty;
+
+struct NumberTest : testing::Test {
+    // Press in the middle, then moves of one pixel each, upwards when above 0.
+    void DragUp(int pixels, CPoint from = {60, 40}) { view.Drag(from, {from.x, from.y - pixels}); }
+    GestureWindow window{CSize(120, 80)};
+    CControlKnob* knob = window.Add<CControlKnob>(1, CRect(40, 20, 40, 40));
+    OffscreenView& view = window.Show();
+};
+
+TEST_F(NumberTest, ADragIsOneGestureThatEndsWhereItBegan) {
+    knob->SetValue(0.5f);
+    view.MoveMouse({60, 40});
+    view.PressMouse();
+    EXPECT_TRUE(view.IsPointerHidden());
+    view.MoveMouse({60, 0});
+    EXPECT_FLOAT_EQ(knob->GetValue(), 0.6f);
+    view.PressMouse(kMouseRight);
+    view.ReleaseMouse(kMouseRight);
+    EXPECT_TRUE(knob->IsTracking()) << "other buttons do not end it";
+    view.MoveMouse({500, 40 + 1000});
+    EXPECT_EQ(knob->GetValue(), 0.0f);
+    window.TakeValues();
+    view.MoveMouse({60, 90});
+    EXPECT_THAT(window.TakeValues(), IsEmpty()) << "nothing changed at the end";
+    view.ReleaseMouse();
+    EXPECT_FALSE(view.IsTracking());
+    EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "changed 1", "released 1"));
+    view.MoveMouse({60, 0});
+    EXPECT_EQ(knob->GetValue(), 0.0f);
+
+    window.refuse = true;
+    DragUp(10);
+    EXPECT_THAT(window.TakeValues(), IsEmpty());
+    window.refuse = false;
+    window.refuseValues = true;
+    DragUp(10);
+    EXPECT_EQ(knob->GetValue(), 0.0f);
+}
+
+TEST_F(NumberTest, EveryResetIsAWholeGesture) {
+    knob->SetValueOnReset(0.25f);
+    const auto expectReset = [&](const std::string& how) {
+        EXPECT_EQ(knob->GetValue(), 0.25f) << how;
+        EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "released 1")) << how;
+        EXPECT_FALSE(window.IsTracking()) << how;
+        knob->SetValue(1.0f);
+    };
+    knob->SetValue(1.0f);
+    view.Click({60, 40}, kMouseRight);
+    expectReset("right click");
+    view.SetModifiers({.alt = true});
+    view.Click({60, 40});
+    expectReset("ALT click");
+    view.SetModifiers({});
+    view.PressMouse(kMouseLeft, true);
+    view.ReleaseMouse();
+    expectReset("double click");
+    view.Click({60, 40}, kMouseMiddle);
+    EXPECT_THAT(window.TakeLog(), IsEmpty());
+    window.refuseValues = true;
+    view.Click({60, 40}, kMouseRight);
+    EXPECT_EQ(knob->GetValue(), 1.0f);
+    EXPECT_TRUE(window.open.empty());
+}
+
+TEST_F(NumberTest, FineModeIsAsSlowAsItsTriggerSays) {
+    knob->SetValue(0.5f);
+    view.SetModifiers({.shift = true});
+    DragUp(20);
+    EXPECT_FLOAT_EQ(knob->GetValue(), 0.55f) << "none as made";
+    knob->SetZoomingWithSHIFT();
+    DragUp(20);
+    EXPECT_NEAR(knob->GetValue(), 0.5525f, 1e-6f);
+    view.SetModifiers({.alt = true});
+    knob->SetZoomingWithALT();
+    DragUp(20);
+    EXPECT_NEAR(knob->GetValue(), 0.555f, 1e-6f) << "and does not reset";
+    view.SetModifiers({});
+    knob->SetZoomingWithRightButton();
+    view.MoveMouse({60, 40});
+    view.PressMouse(kMouseRight);
+    view.MoveMouse({60, 20});
+    view.ReleaseMouse(kMouseRight);
+    EXPECT_NEAR(knob->GetValue(), 0.5575f, 1e-6f);
+    EXPECT_TRUE(window.open.empty());
+}
+
+TEST_F(NumberTest, ANotchHoldsForAHundredPixels) {
+    knob->SetHasNotch(true);
+    knob->SetValueOnReset(0.5f);
+    knob->SetValue(0.49f);
+    view.MoveMouse({60, 40});
+    view.PressMouse();
+    const auto up = [&](int pixels) {
+        for (int i = 0; i < pixels; ++i)
+            view.MoveMouse({60, 39});
+    };
+    up(10);
+    EXPECT_EQ(knob->GetValue(), 0.5f);
+    up(90);
+    EXPECT_EQ(knob->GetValue(), 0.5f);
+    up(36);
+    EXPECT_GT(knob->GetValue(), 0.55f);
+    EXPECT_LT(knob->GetValue(), 0.58f);
+    view.ReleaseMouse();
+}
+
+TEST_F(NumberTest, AQuantisedKnobKeepsWhatWasDraggedBetween) {
+    knob->SetQuantizing(7);
+    view.MoveMouse({60, 40});
+    view.PressMouse();
+    for (int i = 0; i < 400; ++i)
+        view.MoveMouse({60, 39});
+    const std::vector<float> values = window.TakeValues();
+    ASSERT_EQ(values.size(), 6u);
+    for (size_t i = 0; i < values.size(); ++i)
+        EXPECT_FLOAT_EQ(values[i], static_cast<float>(i + 1) / 6.0f);
+    // The host sets another value in the middle of the drag.
+    knob->SetValue(0.5f);
+    for (int i = 0; i < 40; ++i)
+        view.MoveMouse({60, 41});
+    EXPECT_THAT(window.TakeValues(), ElementsAre(FloatEq(2.0f / 6.0f)));
+    view.ReleaseMouse();
+}
+
+TEST_F(NumberTest, TheBubbleFadesInAndLeavesNoTrace) {
+    window.paintBackground = [](CGraphicBuffer& buffer, CRect) {
+        for (int y = 0; y < 80; y += 3) {
+            CColor stripe(y * 3, 200 - y, 90);
+            buffer.FillRect(CRect(0, y, 120, 2), &stripe);
+        }
+    };
+    auto* neighbour = window.Add<CControlKnob>(2, CRect(70, 60, 20, 20));
+    window.DrawToBuffer();
+    window.UpdateScreen();
+    const auto screen = [&] {
+        std::vector<uint32_t> pixels;
+        for (int y = 0; y < 80; ++y)
+            for (int x = 0; x < 120; ++x)
+                pixels.push_back(view.GetPixel(x, y));
+        return pixels;
+    };
+    const std::vector<uint32_t> before = screen();
+    view.MoveMouse({60, 40});
+    view.PressMouse();
+    EXPECT_EQ(screen(), before);
+    view.Tick();
+    const uint32_t faint = view.GetPixel(60, 61);
+    view.Tick(2);
+    EXPECT_NE(view.GetPixel(60, 61), faint);
+    EXPECT_EQ(view.GetPixel(40, 67), view.GetPixel(41, 67)) << "the bubble's fill";
+
+    // What changes under it stays under it, and full and partial repaints agree.
+    neighbour->SetValueAndRedraw(0.7f);
+    const std::vector<uint32_t> repainted = screen();
+    window.DrawToBuffer();
+    window.UpdateScreen();
+    EXPECT_EQ(screen(), repainted);
+    neighbour->SetValueAndRedraw(0.0f);
+    view.ReleaseMouse();
+    EXPECT_EQ(screen(), before);
+}
+
+TEST_F(NumberTest, AFaderFollowsTheMouseExactly) {
+    auto* fader = window.Add<CControlSlider>(2, CRect(2, 2, 20, 74));
+    fader->SetValue(0.5f);
+    const CRect start = fader->GetHandleRect();
+    const CPoint grip = start.GetCenter();
+    view.MoveMouse(grip);
+    view.PressMouse();
+    EXPECT_FALSE(view.IsPointerHidden());
+    for (const int y : {10, -17, 3, -30, 60, 0, -28}) {
+        view.MoveMouse({grip.x + 300, grip.y + y});
+        const int top = std::clamp(start.top + y, 2, 2 + 74 - start.height);
+        EXPECT_EQ(fader->GetHandleRect().top, top) << y;
+    }
+    view.MoveMouse({grip.x, -2000});
+    EXPECT_EQ(fader->GetValue(), 1.0f);
+    view.MoveMouse({grip.x, grip.y + 2000});
+    EXPECT_EQ(fader->GetValue(), 0.0f);
+    view.MoveMouse(grip);
+    EXPECT_EQ(fader->GetHandleRect(), start) << "also when it comes back from outside";
+    fader->SetHasNotch(true);
+    fader->SetValueOnReset(0.5f);
+    view.MoveMouse({grip.x, grip.y - 2});
+    EXPECT_EQ(fader->GetValue(), 0.5f) << "caught";
+    view.MoveMouse({grip.x, grip.y - 8});
+    EXPECT_EQ(fader->GetHandleRect().top, start.top - 8) << "and let go again";
+    view.ReleaseMouse();
+
+    fader->SetRect(CRect(2, 2, 90, 16));
+    fader->SetAxisX();
+    fader->SetValue(0.0f);
+    view.Drag({5, 5}, {25, 30});
+    EXPECT_EQ(fader->GetHandleRect().left, 22);
+}
+
+TEST_F(NumberTest, StrangeValuesAreDrawnSafely) {
+    auto* fader = window.Add<CControlSlider>(2, CRect(2, 2, 20, 74));
+    for (const float strange : {std::nanf(""), 1e30f, -1e30f, INFINITY}) {
+        knob->SetValue(strange);
+        fader->SetValue(strange);
+        window.DrawToBuffer();
+        DragUp(1);
+        EXPECT_LE(knob->GetValue(), 1.0f);
+        view.Drag({10, 40}, {10, 39});
+        EXPECT_GE(fader->GetValue(), 0.0f);
+    }
+    fader->SetRect(CRect(2, 2, -5, INT_MIN));
+    fader->DrawToBuffer();
+    knob->SetRect(CRect(INT_MAX, 5, INT_MAX, 40));
+    knob->DrawToBuffer();
+}
+
+}  // namespace
+}  // namespace norava
