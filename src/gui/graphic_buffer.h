@@ -61,6 +61,10 @@ class CGraphicBuffer {
     [[nodiscard]] virtual CRect GetClipRect() const { return clip; }
     virtual void SetHasAlpha(bool on) { hasAlpha = on; }
     [[nodiscard]] virtual bool GetHasAlpha() const { return hasAlpha; }
+    // Whether the stored pixels of a logical one may differ, as in a picture made at this scale.
+    // Copies into a buffer of the same scale then keep them all; others take one of each.
+    void SetHasDetail(bool on) { hasDetail = on; }
+    [[nodiscard]] bool GetHasDetail() const { return hasDetail; }
 
     // Black, opaque, line width 1, pen at 0, 0, regular font, aligned left.
     virtual void ResetDrawingProperties();
@@ -171,6 +175,7 @@ class CGraphicBuffer {
     CRect clip;
     std::unique_ptr<uint32_t[], FreeMemory> store;
     bool hasAlpha = false;
+    bool hasDetail = false;
     CColor lineColor;
     int lineWidth = 1;
     CPointF pen;

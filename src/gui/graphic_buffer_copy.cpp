@@ -55,7 +55,12 @@ void CGraphicBuffer::CopyLine(CGraphicBuffer& destination, CRect line, CPoint fr
     const uint32_t* source = BlockAt(from.x, from.y);
     uint32_t* target = destination.BlockAt(line.left, line.top);
     const int repeat = destination.scaleFactor;
-    if (scaleFactor == 1 && repeat == 1) return combine(target, source, ToCount(line.width));
+    if (scaleFactor == repeat && (repeat == 1 || hasDetail)) {
+        for (int i = 0; i < repeat; ++i, target += destination.StrideWords())
+            combine(target, source + ToCount(i) * StrideWords(),
+                    ToCount(line.width) * ToCount(repeat));
+        return;
+    }
 
     uint32_t spread[kChunkPixels * kMaxScaleFactor];
     for (int done = 0; done < line.width; done += kChunkPixels) {

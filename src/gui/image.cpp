@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "files/file_manager.h"
+#include "gui/packed_picture.h"
 
 namespace norava {
 
@@ -96,6 +97,37 @@ bool CImage::LoadFromMemory(std::span<const uint8_t> file, const char* path) {
     } source;
     source.rest = file;
     return Load(source, path);
+}
+
+bool CImage::LoadPacked(std::span<const uint8_t> packed, const char* path) {
+    if (path == nullptr || std::strlen(path) >= sizeof filePath) return false;
+    const std::optional<PackedPicture> picture = ReadPackedHeader(packed);
+    if (!picture) return false;
+    const CSize stored = picture->GetStoredSize();
+    if (stored.cy > kMaxPixels / stored.cx) return false;
+    const auto count = static_cast<size_t>(stored.cx) * static_cast<size_t>(stored.cy);
+    Destroy();
+    if (!SetSclFactor(picture->scale) || !SetSize(picture->size)) return false;
+    if (!UnpackPicture(packed, {GetDataAt(0, 0), count})) {
+        Destroy();
+        return false;
+    }
+    SetHasAlpha(picture->hasAlpha);
+    SetHasDetail(true);
+    CopyText(filePath, sizeof filePath, path);
+    return true;
+}
+
+bool CImage::AdoptScale(int scale) {
+    const CSize stored = GetSize();
+    if (GetSclFactor() != 1 || stored.cx % scale != 0 || stored.cy % scale != 0) return false;
+    const uint32_t* words = GetDataAt(0, 0);
+    const std::vector<uint32_t> kept(words, words + static_cast<ptrdiff_t>(stored.cx) * stored.cy);
+    Destroy();
+    if (!SetSclFactor(scale) || !SetSize(CSize(stored.cx / scale, stored.cy / scale))) return false;
+    std::ranges::copy(kept, GetDataAt(0, 0));
+    SetHasDetail(true);
+    return true;
 }
 
 bool CImage::SaveAsTGA(const char* path) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -9,10 +10,13 @@
 
 namespace norava {
 
-// A picture file that is part of the program.
+// A picture that is part of the program, packed, once for each scale from 1 on. Beyond the last
+// one that one serves.
 struct BuiltInPicture {
+    static constexpr int kScales = 3;
+
     const char* fileName;  // as in the folder of pictures
-    std::span<const uint8_t> file;
+    std::array<std::span<const uint8_t>, kScales> packed;
 };
 
 // The pictures that all windows of the process share, in the order in which they were imported.
@@ -30,14 +34,16 @@ class User {
 };
 [[nodiscard]] long CountUsers();
 
-// The picture that was loaded from exactly this path, or a new one loaded now with this id and name
-// (may be null). With `builtIn` given, it stands for the file and no file is opened. Null when it
-// does not load, or without any user.
-[[nodiscard]] CImage* Import(const char* path, int id, const char* name,
+// The picture that was loaded from exactly this path for this scale, or a new one loaded now with
+// this id and name (may be null). With `builtIn` given, it stands for the file and no file is
+// opened. Above scale 1 "a.tga" comes from "a@2x.tga" (or 3x) where there is such a file. Null when
+// it does not load, or without any user.
+[[nodiscard]] CImage* Import(const char* path, int id, const char* name, int scale = 1,
                              const BuiltInPicture* builtIn = nullptr);
-// The first with that id or name, else null; the empty name is nobody's.
-[[nodiscard]] CImage* FindByID(int id);
-[[nodiscard]] CImage* FindByName(const char* name);
+// The first with that id or name, one made for the scale before any other, else null; the empty
+// name is nobody's.
+[[nodiscard]] CImage* FindByID(int id, int scale = 1);
+[[nodiscard]] CImage* FindByName(const char* name, int scale = 1);
 
 }  // namespace image_bank
 }  // namespace norava

@@ -26,20 +26,23 @@ void CWindowPort::SetImageLibraryDir(const char* folder) {
 CImage* CWindowPort::ImportImageFromFile(const char* fileName, int id, const char* name) {
     if (!fileName || !*fileName || imageFolderState == ImageFolder::refused) return nullptr;
     const std::string path = std::string(imageFolder) + fileName;
-    if (imageFolderState != ImageFolder::missing) return image_bank::Import(path.c_str(), id, name);
+    const int scale = GetSclFactor();
+    if (imageFolderState != ImageFolder::missing)
+        return image_bank::Import(path.c_str(), id, name, scale);
     const auto found =
         std::find_if(builtIn.begin(), builtIn.end(), [fileName](const BuiltInPicture& picture) {
             return std::strcmp(picture.fileName, fileName) == 0;
         });
-    return found == builtIn.end() ? nullptr : image_bank::Import(path.c_str(), id, name, &*found);
+    return found == builtIn.end() ? nullptr
+                                  : image_bank::Import(path.c_str(), id, name, scale, &*found);
 }
 
 CImage* CWindowPort::GetImageByID(int id) const {
-    return image_bank::FindByID(id);
+    return image_bank::FindByID(id, GetSclFactor());
 }
 
 CImage* CWindowPort::GetImageByName(const char* name) const {
-    return image_bank::FindByName(name);
+    return image_bank::FindByName(name, GetSclFactor());
 }
 
 }  // namespace norava

@@ -5,6 +5,7 @@
 #include "gui/offscreen_window.h"
 #include "gui/targa.h"
 #include "gui/window_port_standalone.h"
+#include "pictures/picture_packer.h"
 
 namespace norava {
 namespace {
@@ -185,8 +186,12 @@ TEST_F(RoutingTest, TheTimerFollowsTheMouse) {
 }
 
 TEST(WindowPortPictures, ComeFromTheFolderOrTheModule) {
-    const std::vector<uint8_t> inModule = test::Targa{}.Bytes();
-    const BuiltInPicture set[] = {{"knob.tga", inModule}, {"broken.tga", {}}};
+    const auto pack = [](int scale) {
+        return PackPicture({{3, 2}, scale, true, 0},
+                           std::vector<uint32_t>(static_cast<size_t>(6 * scale * scale), 77u));
+    };
+    const std::vector<uint8_t> once = pack(1), twice = pack(2), thrice = pack(3);
+    const BuiltInPicture set[] = {{"knob.tga", {once, twice, thrice}}, {"broken.tga", {}}};
     const test::ScratchFolder folder;
     test::Targa wide;
     wide.width = 9;
@@ -221,6 +226,25 @@ TEST(WindowPortPictures, ComeFromTheFolderOrTheModule) {
                   nullptr);
         const CWindowPort second;
         EXPECT_EQ(second.GetImageByID(9), fader) << "shared by all windows";
+
+        CWindowPort large(2);
+        large.SetBuiltInPictures(set);
+        large.SetImageLibraryDir(folder.Path("Graphics").c_str());
+        CImage* largeKnob = large.ImportImageFromFile("knob.tga", 1, nullptr);
+        ASSERT_NE(largeKnob, nullptr);
+        EXPECT_EQ(largeKnob->GetSclFactor(), 2) << "drawn for this scale, not magnified";
+        EXPECT_EQ(largeKnob->GetSize(), knob->GetSize());
+        EXPECT_EQ(large.GetImageByID(1), largeKnob);
+        EXPECT_EQ(window.GetImageByID(1), knob);
+
+        // A user's folder may hold some pictures for a higher scale.
+        wide.width = 18, wide.height = 4;
+        folder.Write("fader@2x.tga", wide.Text());
+        large.SetImageLibraryDir(folder.Path().c_str());
+        const CImage* largeFader = large.ImportImageFromFile("fader.tga", 9, nullptr);
+        ASSERT_NE(largeFader, nullptr);
+        EXPECT_EQ(largeFader->GetSclFactor(), 2);
+        EXPECT_EQ(largeFader->GetSize(), CSize(9, 2));
     }
     EXPECT_EQ(image_bank::FindByID(9), nullptr) << "freed with the last";
 }
