@@ -136,7 +136,7 @@ class LabelFinder {
             return false;
         };
         // Words of a label are closer to each other than to anything else.
-        const int gap = label.style == LabelStyle::title ? 8 * k : 14 * k / 3;
+        const int gap = label.style == PanelLabelStyle::title ? 8 * k : 14 * k / 3;
         first = last = 0;
         for (int along = 0; along <= last + gap && along < 200 * k; ++along)
             if (isColumnInked(along)) last = along;
@@ -154,8 +154,8 @@ class LabelFinder {
         return false;
     }
     [[nodiscard]] int CapHeight() const {
-        if (label.style == LabelStyle::title) return 7;
-        return label.style == LabelStyle::small ? 5 : 6;
+        if (label.style == PanelLabelStyle::title) return 7;
+        return label.style == PanelLabelStyle::small ? 5 : 6;
     }
     [[nodiscard]] CRect Bounds() const {
         const int k = pixels.scale, caps = CapHeight();
@@ -166,9 +166,10 @@ class LabelFinder {
         };
         const int length = (last - first) / k + 1;
         const int x = static_cast<int>(label.x), y = static_cast<int>(label.y);
-        if (label.style == LabelStyle::readingUp)
+        if (label.style == PanelLabelStyle::readingUp)
             return {x - caps, at(label.y, -last), caps, length};
-        if (label.style == LabelStyle::readingDown) return {x, at(label.y, first), caps, length};
+        if (label.style == PanelLabelStyle::readingDown)
+            return {x, at(label.y, first), caps, length};
         return {at(label.x, first), y - caps, length, caps};
     }
 
@@ -179,10 +180,10 @@ class LabelFinder {
         const int x = static_cast<int>(label.x * k), y = static_cast<int>(label.y * k);
         CColor c;
         switch (label.style) {
-            case LabelStyle::readingUp:
+            case PanelLabelStyle::readingUp:
                 c = pixels.At(x - up, y - along);
                 break;
-            case LabelStyle::readingDown:
+            case PanelLabelStyle::readingDown:
                 c = pixels.At(x + up - 1, y + along);
                 break;
             default:
@@ -219,7 +220,7 @@ TEST(PanelLabels, ArePrintedWholeAtTheirPlaces) {
             const CRect rect = control.rect;
             // The lowest row of the big knobs' frames is empty beside the two digits.
             const bool isDigitOfMix = control.id == param::kStringMix && label->text[1] == '\0';
-            const bool isOnWindow = label->style == LabelStyle::window;
+            const bool isOnWindow = label->style == PanelLabelStyle::window;
             const CRect covered(rect.left, rect.top, rect.width, rect.height - isDigitOfMix);
             EXPECT_TRUE(isOnWindow || !bounds.Intersects(covered))
                 << label->text << " lies under " << control.id;
