@@ -87,6 +87,8 @@ class CControlGroup {
     virtual bool TimerEvent();
     virtual bool TookFocus() { return false; }
     virtual bool LostFocus() { return false; }
+    // The window closes: what shows only for a while, a dialog say, ends here.
+    virtual void WindowCloses() {}
 
     [[nodiscard]] CImage* GetBackgroundImage() const { return background; }
     [[nodiscard]] CControl* GetFocusedControl() const { return focusedControl; }

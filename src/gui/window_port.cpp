@@ -61,6 +61,8 @@ void CWindowPort::EndInteraction() {
     for (CControlGroup* group : ListGroups()) {
         if (Holds(group)) group->ReleaseAll();
         if (!state->port) return;
+        if (Holds(group)) group->WindowCloses();
+        if (!state->port) return;
     }
     FinishTracking();
     trackingGroup = nullptr;

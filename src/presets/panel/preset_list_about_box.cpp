@@ -69,6 +69,10 @@ bool CPresetListAboutBox::KeyDown(int) {
     return true;
 }
 
+void CPresetListAboutBox::WindowCloses() {
+    Close();
+}
+
 bool CPresetListAboutBox::LostFocus() {
     Close();
     return true;

@@ -18,6 +18,7 @@ class CPresetListAboutBox : public CControlGroup {
     bool MouseDown() override;
     bool KeyDown(int key) override;
     bool LostFocus() override;
+    void WindowCloses() override;
     void DrawBackground(CRect part) override;
 
   private:

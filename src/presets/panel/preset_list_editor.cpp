@@ -7,6 +7,7 @@
 #include "gui/control_display.h"
 #include "gui/control_list.h"
 #include "gui/control_text_field.h"
+#include "gui/dialogs/dialog.h"
 #include "gui/keys.h"
 #include "gui/label.h"
 #include "gui/window_port.h"
@@ -15,15 +16,11 @@ namespace norava {
 
 namespace {
 
-constexpr CColor kPanelGrey(43);
-constexpr CColor kTitleTop(64);
-constexpr CColor kTitleBottom(47);
 constexpr CColor kText(246, 234, 211);
 constexpr CColor kFrame(218, 195, 150);
 constexpr CColor kFieldBackground(25, 28, 36);
 
 // From the panel's left top.
-constexpr int kTitleHeight = 30;
 constexpr CPoint kLoadPlace{20, 36};
 constexpr CSize kButtonSize{60, 22};
 constexpr int kToolStep = 65;
@@ -232,11 +229,8 @@ void CPresetListEditor::GoBack() {
     if (start) presetList->Return(*start);
 }
 
-bool CPresetListEditor::LostFocus() {
-    // The window closes. (A dialog above is not the end of the browser.)
-    const CWindowPort* const window = GetWindowPort();
-    if (window == nullptr || window->GetSuperControlGroup() == this) Close();
-    return true;
+void CPresetListEditor::WindowCloses() {
+    Close();
 }
 
 // Choosing
@@ -476,23 +470,7 @@ void CPresetListEditor::DrawBackground(CRect part) {
     const CRect panel = GetRect();
     const PaintScope scope(buffer, part.GetIntersection(panel));
     if (!scope) return;
-    CColor line(0);
-    CColor grey = kPanelGrey;
-    buffer->FillRect(panel, &line);
-    const CRect inside(panel.left + 1, panel.top + 1, panel.width - 2, panel.height - 2);
-    buffer->SetLineColor(kFrame);
-    buffer->SetLineWidth(1);
-    buffer->FillRect(inside, &grey);
-    // Row by row: a part of it looks the same as the whole.
-    for (int row = 0; row < kTitleHeight; ++row) {
-        CColor shade = Mixed(kTitleTop, kTitleBottom, row / double{kTitleHeight - 1});
-        buffer->FillRect(CRect(inside.left, inside.top + row, inside.width, 1), &shade);
-    }
-    buffer->FillRect(CRect(inside.left, inside.top + kTitleHeight, inside.width, 1), &line);
-    buffer->DrawRect(inside);
-
-    DrawLabel(*buffer, "Presets Library", CRect(panel.left, 8, panel.width, 16),
-              {kText, TextAlign::center, true});
+    DrawPlate(*buffer, panel, "Presets Library");
     const auto heading = [&](const char* text, const CControl* list) {
         DrawLabel(*buffer, text,
                   CRect(list->GetRect().left, kHeadingTop, list->GetRect().width, kHeadingHeight),

@@ -45,7 +45,7 @@ class CPresetListEditor : public CControlGroup {
     bool MouseDown() override;
     bool KeyDown(int key) override;
     bool TimerEvent() override;
-    bool LostFocus() override;
+    void WindowCloses() override;
     void DrawBackground(CRect part) override;
 
   private:

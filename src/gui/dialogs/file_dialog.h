@@ -1,0 +1,79 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "gui/dialogs/dialog.h"
+
+namespace norava {
+
+class CControlList;
+class CControlTextField;
+
+struct FileDialogRequest {
+    std::string title;
+    std::string folder;                   // where to start; the nearest one that exists
+    std::string suggestedName;            // without extension
+    std::string typeName;                 // "Norava Program"
+    std::vector<std::string> extensions;  // without dots; a saved file gets the first one
+    bool save = false;
+};
+
+// Asks for a file: folders and files of the wanted kinds in one list, the folder's path above it,
+// the name below. Typing finds a row, Enter and a double click go into folders and choose files.
+// Replacing a file is asked first.
+class CFileDialog : public CDialog {
+  public:
+    // The full path; the file exists when it is to be loaded.
+    using Chosen = std::function<void(const std::string& path)>;
+    // False for a window that is not open. Not called when the user cancels.
+    static bool Ask(CWindowPort& window, const FileDialogRequest& request, Chosen chosen);
+
+    CFileDialog(const FileDialogRequest& wanted, Chosen action);
+
+    bool ControlValueChanged(CControl* control, float value) override;
+    bool MouseDoubleClick() override;
+    bool KeyDown(int key) override;
+    void DrawBackground(CRect part) override;
+
+  protected:
+    void CreateControls() override;
+    CControl* FirstFocus() override;
+    void ButtonPressed(CControl* button) override;
+    void Accept() override;
+
+  private:
+    struct Entry {
+        std::string name;  // with extension
+        bool isFolder = false;
+    };
+
+    void GoTo(const std::string& newFolder);
+    void GoUp();
+    void ListFolder();
+    void ShowStatus(const std::string& text);
+    void ChooseRow(int row);
+    // What is typed or selected: a folder is gone into, a file is the answer.
+    void Choose(const std::string& path);
+    void Finish(const std::string& path);
+    void AskForFolder();
+    [[nodiscard]] bool HasWantedExtension(const std::string& name) const;
+    [[nodiscard]] std::string InFolder(const std::string& name) const;
+    [[nodiscard]] std::string TypeText() const;
+
+    const FileDialogRequest request;
+    const Chosen answered;
+    std::string folder;
+    std::vector<Entry> entries;
+    std::string status;
+    CControlTextField* pathField = nullptr;
+    CControlTextField* nameField = nullptr;
+    CControlList* list = nullptr;
+    CControl* upButton = nullptr;
+    CControl* folderButton = nullptr;
+    CControl* cancelButton = nullptr;
+    CControl* chooseButton = nullptr;
+};
+
+}  // namespace norava

@@ -1,0 +1,144 @@
+#include "gui/dialogs/message_box.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "gui/control_button.h"
+#include "gui/control_text_field.h"
+#include "gui/label.h"
+
+namespace norava {
+
+namespace {
+
+constexpr CColor kText(246, 234, 211);
+constexpr int kWidth = 400;
+constexpr int kTextTop = 44;
+constexpr int kLineHeight = 18;
+constexpr int kFieldHeight = 22;
+constexpr int kSpace = 12;
+constexpr int kButtonStep = 92;
+constexpr std::size_t kMaxLines = 12;
+constexpr std::size_t kLineCharacters = 60;
+
+// Broken at blanks; what has none (a path) is broken where the line ends.
+std::vector<std::string> BreakLines(std::string_view text) {
+    std::vector<std::string> lines;
+    while (!text.empty() && lines.size() < kMaxLines) {
+        std::string_view line = text.substr(0, std::min(text.find('\n'), text.size()));
+        std::size_t taken = std::min(line.size() + 1, text.size());
+        if (line.size() > kLineCharacters) {
+            const std::size_t blank = line.substr(0, kLineCharacters + 1).rfind(' ');
+            taken = blank == line.npos || blank == 0 ? kLineCharacters : blank;
+            line = line.substr(0, taken);
+            while (taken < text.size() && text[taken] == ' ')
+                ++taken;
+        }
+        lines.emplace_back(line);
+        text.remove_prefix(taken);
+    }
+    return lines;
+}
+
+int HeightFor(std::size_t lines, bool hasField) {
+    return kTextTop + static_cast<int>(lines) * kLineHeight +
+           (hasField ? kFieldHeight + kSpace : 0) + kSpace + 22 + kSpace;
+}
+
+}  // namespace
+
+CMessageBox::CMessageBox(const std::string& boxTitle, std::vector<std::string> textLines,
+                         std::vector<std::string> buttonTexts, bool hasField)
+    : CDialog(boxTitle, CSize(kWidth, HeightFor(textLines.size(), hasField))),
+      lines(std::move(textLines)),
+      texts(std::move(buttonTexts)),
+      asksForText(hasField) {}
+
+bool CMessageBox::Tell(CWindowPort& window, const std::string& title, const std::string& text) {
+    return Ask(window, title, text, {"OK"}, {});
+}
+
+bool CMessageBox::Ask(CWindowPort& window, const std::string& title, const std::string& text,
+                      std::vector<std::string> buttons, Answer answer) {
+    auto box = std::make_unique<CMessageBox>(title, BreakLines(text), std::move(buttons), false);
+    box->answered = std::move(answer);
+    return Show(window, std::move(box)) != nullptr;
+}
+
+bool CMessageBox::AskForText(CWindowPort& window, const std::string& title, const std::string& text,
+                             const std::string& button, TextAnswer answer) {
+    auto box = std::make_unique<CMessageBox>(title, BreakLines(text),
+                                             std::vector<std::string>{button, "Cancel"}, true);
+    box->answeredText = std::move(answer);
+    return Show(window, std::move(box)) != nullptr;
+}
+
+void CMessageBox::CreateControls() {
+    const int width = GetRect().width;
+    const int bottom = GetRect().height - kSpace - kButtonSize.cy;
+    const int count = static_cast<int>(texts.size());
+    for (int i = 0; i < count; ++i) {
+        const int left =
+            width - kMargin - kButtonStep * (count - i) + (kButtonStep - kButtonSize.cx);
+        buttons.push_back(AddButton(Inside(left, bottom, kButtonSize.cx, kButtonSize.cy),
+                                    texts[static_cast<std::size_t>(i)].c_str()));
+    }
+    if (!asksForText) return;
+    field = Add<CControlTextField>();
+    field->SetRect(
+        Inside(kMargin, bottom - kSpace - kFieldHeight, width - 2 * kMargin, kFieldHeight));
+}
+
+CControl* CMessageBox::FirstFocus() {
+    return field != nullptr ? static_cast<CControl*>(field) : buttons.front();
+}
+
+void CMessageBox::DrawBackground(CRect part) {
+    CDialog::DrawBackground(part);
+    CGraphicBuffer* const buffer = GetGraphicBuffer();
+    if (buffer == nullptr) return;
+    const PaintScope scope(buffer, part.GetIntersection(GetRect()));
+    if (!scope) return;
+    int top = kTextTop;
+    for (const std::string& line : lines) {
+        DrawLabel(*buffer, line, Inside(kMargin, top, GetRect().width - 2 * kMargin, kLineHeight),
+                  {kText, TextAlign::left, false});
+        top += kLineHeight;
+    }
+}
+
+void CMessageBox::Press(int number) {
+    if (field == nullptr) {
+        const Answer answer = answered;
+        End([answer, number] {
+            if (answer) answer(number);
+        });
+        return;
+    }
+    const std::string text = number == 0 ? field->GetText() : "";
+    if (number == 0 && text.empty()) return;
+    const TextAnswer answer = answeredText;
+    End([answer, text] {
+        if (answer && !text.empty()) answer(text);
+    });
+}
+
+void CMessageBox::ButtonPressed(CControl* button) {
+    const auto found = std::ranges::find(buttons, button);
+    if (found != buttons.end()) Press(static_cast<int>(found - buttons.begin()));
+}
+
+bool CMessageBox::ControlValueChanged(CControl* control, float value) {
+    if (control == field && value == CControlTextField::kEntered) Press(0);
+    return true;
+}
+
+void CMessageBox::Accept() {
+    Press(0);
+}
+
+void CMessageBox::Cancel() {
+    Press(static_cast<int>(buttons.size()) - 1);
+}
+
+}  // namespace norava

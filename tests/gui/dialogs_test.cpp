@@ -1,0 +1,134 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "files/scratch_folder.h"
+#include "gui/control_button.h"
+#include "gui/control_list.h"
+#include "gui/control_text_field.h"
+#include "gui/dialogs/file_dialog.h"
+#include "gui/dialogs/message_box.h"
+#include "gui/offscreen_window.h"
+
+namespace norava {
+namespace {
+
+// A window over which dialogs are asked and answered as a user would.
+class DialogTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        view = &window.Show();
+        for (const char* name : {"b.norava", "A 2.fxp", "notes.txt", ".hidden.norava"})
+            files.Write(name, "x");
+        std::filesystem::create_directories(files.Path("Zoo/inner"));
+    }
+
+    bool Ask(bool save, const std::string& name = {}) {
+        return CFileDialog::Ask(window,
+                                {.title = "Load Program",
+                                 .folder = files.Path(""),
+                                 .suggestedName = name,
+                                 .typeName = "Norava Program",
+                                 .extensions = {"norava", "fxp"},
+                                 .save = save},
+                                [this](const std::string& path) { chosen = path; });
+    }
+    template <typename Control>
+    Control* Find(int number) {
+        CControlGroup* const dialog = window.GetSuperControlGroup();
+        if (dialog == nullptr) return nullptr;
+        for (const auto& control : dialog->GetControls())
+            if (auto* const found = dynamic_cast<Control*>(control.get()))
+                if (number-- == 0) return found;
+        return nullptr;
+    }
+    void Press(const char* button) {
+        for (int i = 0; auto* const found = Find<CControlButton>(i); ++i)
+            if (std::string(found->GetText()) == button)
+                return view->Click(found->GetRect().GetCenter());
+        ADD_FAILURE() << "no button " << button;
+    }
+    void Type(const std::string& text) {
+        for (const char c : text)
+            view->PressKey(static_cast<unsigned char>(c));
+    }
+    std::string Rows() {
+        std::string rows;
+        auto* const list = Find<CControlList>(0);
+        for (int i = 0; list != nullptr && i < list->GetNumItems(); ++i)
+            rows += std::string(list->GetItemText(i)) + '|';
+        return rows;
+    }
+
+    test::ScratchFolder files;
+    test::OffscreenWindow window{CSize(855, 532)};
+    OffscreenView* view = nullptr;
+    std::string chosen = "nothing";
+};
+
+TEST_F(DialogTest, ChoosesAFileToLoad) {
+    ASSERT_TRUE(Ask(false));
+    EXPECT_EQ(Rows(), "Zoo/|A 2.fxp|b.norava|");
+    view->PressKey('b');
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(chosen, files.Path("b.norava"));
+    EXPECT_FALSE(window.IsSuper());
+    EXPECT_EQ(window.GetControlGroups().size(), 1u) << "the dialog is gone";
+}
+
+TEST_F(DialogTest, GoesThroughFolders) {
+    ASSERT_TRUE(Ask(false));
+    view->PressKey(kKeyDown);
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(Rows(), "inner/|");
+    Press("Up");
+    EXPECT_EQ(Find<CControlList>(0)->GetSelectedItemID(), 0) << "where one comes from";
+    auto* const path = Find<CControlTextField>(0);
+    view->Click(path->GetRect().GetCenter());
+    path->SetText(files.Path("Zoo/inner").c_str());
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(Rows(), "");
+    path->SetText(files.Path("notes").c_str());
+    view->PressKey(kKeyEnter);
+    EXPECT_TRUE(window.IsSuper()) << "no such file";
+    view->PressKey(kKeyEscape);
+    EXPECT_FALSE(window.IsSuper());
+    EXPECT_EQ(chosen, "nothing");
+}
+
+TEST_F(DialogTest, SavesAndAsksBeforeItReplaces) {
+    ASSERT_TRUE(Ask(true, "b"));
+    view->PressKey(kKeyEnter);
+    Press("Cancel");
+    EXPECT_EQ(chosen, "nothing");
+    EXPECT_TRUE(window.IsSuper()) << "the question alone is answered";
+    Press("Save");
+    Press("Replace");
+    EXPECT_EQ(chosen, files.Path("b.norava"));
+
+    ASSERT_TRUE(Ask(true));
+    Press("New Folder");
+    Type("Made");
+    view->PressKey(kKeyEnter);
+    EXPECT_TRUE(std::filesystem::is_directory(files.Path("Made")));
+    view->Click(Find<CControlTextField>(1)->GetRect().GetCenter());
+    Type("fresh");
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(chosen, files.Path("Made/fresh.norava"));
+}
+
+TEST_F(DialogTest, EndsWithItsWindow) {
+    ASSERT_TRUE(Ask(true, "b"));
+    view->PressKey(kKeyEnter);
+    window.Close();
+    EXPECT_FALSE(window.IsSuper());
+    EXPECT_EQ(window.GetControlGroups().size(), 1u);
+    EXPECT_FALSE(Ask(false)) << "nobody to ask";
+    view = &window.Show();
+    ASSERT_TRUE(CMessageBox::Tell(window, "Load Program", std::string(300, 'x')));
+    view->PressKey(kKeyEscape);
+    EXPECT_FALSE(window.IsSuper());
+}
+
+}  // namespace
+}  // namespace norava
