@@ -36,8 +36,7 @@ void Complain(const std::string& what) {
 Outcome Render(const RenderTask& task, const RenderSettings& settings, Progress& progress,
                std::size_t number) {
     Outcome outcome;
-    const auto& shown = task.input.empty() ? task.output : task.input;
-    progress.Begin(shown.string());
+    progress.Begin(task.Name());
     try {
         RenderSettings own = settings;
         if (!task.state.empty()) own.sound.state = task.state;
@@ -47,7 +46,7 @@ Outcome Render(const RenderTask& task, const RenderSettings& settings, Progress&
     } catch (const OutputError& error) {
         outcome.error = task.output.string() + ": " + error.what();
     } catch (const std::exception& error) {
-        outcome.error = shown.string() + ": " + error.what();
+        outcome.error = task.Name() + ": " + error.what();
     }
     progress.Update(number, 1.0);
     return outcome;

@@ -27,17 +27,22 @@ void MakeFolder(const fs::path& folder) {
 
 }  // namespace
 
+std::string RenderTask::Name() const {
+    const bool both = !input.empty() && !program.empty();
+    return input.string() + (both ? " - " : "") + program;
+}
+
 std::vector<RenderTask> PlanOutputs(const Options& options) {
     std::vector<RenderTask> tasks;
     const bool writes = !options.output.empty() || !options.render.hash;
     if (!writes) {
         for (const fs::path& input : options.inputs)
-            tasks.push_back({input, {}, {}});
+            tasks.push_back({.input = input, .output = {}});
         return tasks;
     }
     const bool oneFile =
         options.inputs.size() == 1 && !options.output.empty() && !NamesFolder(options.output);
-    if (oneFile) return {{options.inputs.front(), options.output, {}}};
+    if (oneFile) return {{.input = options.inputs.front(), .output = options.output}};
 
     const fs::path folder = options.output.empty() ? fs::path(".") : options.output;
     MakeFolder(folder);
@@ -48,7 +53,7 @@ std::vector<RenderTask> PlanOutputs(const Options& options) {
         if (!names.insert(name).second) {
             throw BadInput("two songs would both become " + name.string());
         }
-        tasks.push_back({input, options.output.empty() ? name : folder / name, {}});
+        tasks.push_back({.input = input, .output = options.output.empty() ? name : folder / name});
     }
     return tasks;
 }
@@ -71,7 +76,10 @@ std::vector<RenderTask> PlanOutputs(const Options& options,
             if (!names.insert(name).second) {
                 throw BadInput("two programs would both become " + name.string());
             }
-            tasks.push_back({input, writes ? folder / name : fs::path(), program.state});
+            tasks.push_back({.input = input,
+                             .output = writes ? folder / name : fs::path(),
+                             .state = program.state,
+                             .program = program.FullName()});
         }
     }
     return tasks;

@@ -12,6 +12,9 @@ struct RenderTask {
     std::filesystem::path input;   // empty: the phrase that shows a program
     std::filesystem::path output;  // empty: nothing is written
     std::vector<char> state{};     // a program's; empty: what all songs have in common
+    std::string program{};         // its "Category/Name"
+
+    std::string Name() const;  // song and program, as far as there are any
 };
 
 // Which song goes into which file. Makes the folder that several songs go to; throws BadInput when

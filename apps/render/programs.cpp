@@ -46,6 +46,7 @@ std::vector<NamedProgram> ListPrograms(const fs::path& library) {
     } else if (!scanner.ListRoot()) {
         throw BadInput(library.string() + ": this folder cannot be read");
     }
+    scanner.ListAhead();
     scanner.ReadSome(std::numeric_limits<int>::max());
     std::vector<NamedProgram> programs;
     const auto snapshot = scanner.MakeSnapshot();

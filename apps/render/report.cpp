@@ -38,7 +38,7 @@ Json JsonLevel(double level) {
 }
 
 void WriteText(std::ostream& out, const RenderTask& task, const RenderResult& result) {
-    const std::string name = (task.output.empty() ? task.input : task.output).string();
+    const std::string name = task.output.empty() ? task.Name() : task.output.string();
     out << name << "\n"
         << "  length    " << Text("%.2f s", result.seconds) << "\n"
         << "  peak      " << Level(PeakDecibels(result), "dBFS") << "\n"
@@ -57,6 +57,7 @@ void WriteText(std::ostream& out, const RenderTask& task, const RenderResult& re
 
 Json ToJson(const RenderTask& task, const Outcome& outcome) {
     Json json = {{"input", task.input.string()}};
+    if (!task.program.empty()) json["program"] = task.program;
     if (!outcome.result) {
         json["error"] = outcome.error;
         return json;
@@ -87,7 +88,7 @@ void WriteReport(std::ostream& out, const Options& options, const std::vector<Re
         const auto& result = outcomes[i].result;
         if (!result) continue;
         if (!options.quiet) WriteText(out, tasks[i], *result);
-        if (!result->hash.empty()) out << result->hash << "  " << tasks[i].input.string() << "\n";
+        if (!result->hash.empty()) out << result->hash << "  " << tasks[i].Name() << "\n";
     }
     constexpr auto kReplaceBadText = Json::error_handler_t::replace;
     if (options.json) out << list.dump(2, ' ', false, kReplaceBadText) << "\n";

@@ -12,6 +12,8 @@
 #include <string>
 
 #include "apps/scratch_folder.h"
+#include "parameters/parameter_index.h"
+#include "program_text/program_file.h"
 
 namespace norava {
 namespace {
@@ -38,8 +40,10 @@ class RenderProgram : public testing::Test {
     Answer Run(const std::string& arguments) {
         const std::string out = (logs_ / "out").string();
         const std::string err = (logs_ / "err").string();
-        const std::string command = "cd '" + folder_.Path().string() + "' && " + NORAVA_RENDER +
-                                    " " + arguments + " >'" + out + "' 2>'" + err + "' </dev/null";
+        // The home folder is empty and has to stay so.
+        const std::string command = "cd '" + folder_.Path().string() +
+                                    "' && XDG_DATA_HOME=\"$PWD\" " + NORAVA_RENDER + " " +
+                                    arguments + " >'" + out + "' 2>'" + err + "' </dev/null";
         const int status = std::system(command.c_str());
         return {WEXITSTATUS(status), TextOf(out), TextOf(err)};
     }
@@ -94,6 +98,11 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
              Case{"good.mid cut.mid -o a.wav", "a.wav: several songs need a folder"},
              Case{"good.mid folder/../good.mid -o out", "both become good.wav"},
              Case{"good.mid --loud", "--loud"},
+             Case{"good.mid -o a.wav --program Bass/None", "no program 'Bass/None'"},
+             Case{"good.mid -o a.wav --program wrong.bin", "not a program of the instrument"},
+             Case{"good.mid -o a.wav --program short.bin", "not a program of the instrument"},
+             Case{"good.mid -o a.wav --program x/y --state z", "takes one of"},
+             Case{"--all-programs --library none -o out", "none: this folder cannot be read"},
          }) {
         const Answer answer = Run(std::string("--quiet ") + c.arguments);
         EXPECT_EQ(answer.status, 2) << c.arguments;
@@ -139,6 +148,34 @@ TEST_F(RenderProgram, ThePedalLetsNotesRing) {
                                             0x81, 0x40, 0xB0, 64, 0}));
     const std::string song = "song.mid --quiet --hash --tail 0.5 ";
     EXPECT_NE(Run(song).out, Run(song + "--pedal").out);
+}
+
+TEST_F(RenderProgram, PlaysProgramsOfTheBankOrOfAFolder) {
+    const auto bank = nlohmann::json::parse(Run("--list-programs --json").out);
+    EXPECT_GE(bank.size(), 96u);
+    EXPECT_EQ(bank[0]["category"], "Bass");
+
+    folder_.Write("song.mid", ScaleFile({60}));
+    for (const char* name : {"Two 10", "Two 9"}) {
+        Program program;
+        program.name = name;
+        program.values[param::kTune] = name[4] == '9' ? 0.2f : 0.8f;
+        std::filesystem::create_directories(folder_ / "lib/A");
+        SaveProgram(folder_ / "lib/A" / (std::string(name) + ".norava"), program);
+    }
+    std::filesystem::copy(folder_ / "lib/A/Two 9.norava", folder_ / "state.bin");
+    const std::string song = "song.mid --hash --quiet --tail 0 ";
+    const std::string hash = Run(song + "--state state.bin").out;
+    EXPECT_EQ(Run(song + "--library lib --program 'a/two 9'").out, hash);
+    EXPECT_EQ(Run(song + "--program 'lib/A/Two 9.norava'").out, hash);
+    EXPECT_NE(Run(song + "--library lib --program 'A/Two 10'").out, hash);
+    EXPECT_NE(Run(song + "--program 'Bass/Finger Bass'").out, hash);
+
+    const Answer all = Run("--library lib --all-programs --hash --quiet --tail 0 -o out");
+    EXPECT_EQ(std::ranges::count(all.out, '\n'), 2) << all.err;
+    EXPECT_LT(all.out.find("A/Two 9"), all.out.find("A/Two 10")) << "as numbered";
+    EXPECT_TRUE(std::filesystem::exists(folder_ / "out/A - Two 10.wav"));
+    EXPECT_THAT(folder_.Names(), UnorderedElementsAre("song.mid", "lib", "state.bin", "out"));
 }
 
 TEST_F(RenderProgram, TellsItsParametersItsVersionAndItsOptions) {
