@@ -4,6 +4,12 @@
 
 namespace norava {
 
+namespace {
+
+constexpr int kFrameInset = 5;
+
+}  // namespace
+
 bool CControlDisplay::SetText(const char* newText) {
     if (!newText) return false;
     char cut[sizeof text] = "";
@@ -17,6 +23,10 @@ CRect CControlDisplay::GetTextArea() const {
     const CRect whole = GetRect();
     CPoint corner = whole.GetLeftTop();
     corner.Shift({textOffset.x, textOffset.y});
+    if (textRect.IsEmpty() && selfDrawn) {
+        corner.Shift({kFrameInset, 0});
+        return {corner, CSize(whole.width - 2 * kFrameInset, whole.height)};
+    }
     if (textRect.IsEmpty()) return {corner, whole.GetSize()};
     corner.Shift({textRect.left, textRect.top});
     return {corner, textRect.GetSize()};

@@ -21,7 +21,7 @@ class CControlDisplay : public CControl {
     virtual void SetBackgroundColor(CColor color) { backgroundColor = color; }
     [[nodiscard]] CColor GetBackgroundColor() const { return backgroundColor; }
     // Where the text stands, from the control's left top; an empty rectangle means all of the
-    // control. The offset moves it from there.
+    // control, inside its frame if it has one. The offset moves it from there.
     virtual void SetTextRect(CRect part) { textRect = part; }
     virtual void SetTextOffset(CPoint offset) { textOffset = offset; }
     virtual void SetAlignLeft() { align = TextAlign::left; }

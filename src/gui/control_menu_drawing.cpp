@@ -81,7 +81,7 @@ void CControlMenu::DrawItem(CGraphicBuffer& buffer, int number) const {
     const double strength = item.disabled ? kDisabledStrength : 1.0;
     if (selected || item.marked) {
         CColor mark = Faded(kMarkColor, strength);
-        buffer.FillRect(CRect(listRect.left + 4, area.GetCenter().y - kMark / 2, kMark, kMark),
+        buffer.FillRect(CRect(listRect.left + 3, area.GetCenter().y - kMark / 2, kMark, kMark),
                         &mark);
     }
     const CColor color = palette[isHovered ? kItemHovered : selected ? kItemSelected : kItemText];
