@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "presets/natural_order.h"
+#include "files/natural_order.h"
 
 namespace norava {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "presets/natural_order.h"
+#include "files/natural_order.h"
 
 namespace norava {
 

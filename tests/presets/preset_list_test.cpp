@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "presets/natural_order.h"
+#include "files/natural_order.h"
 #include "presets/program_folder.h"
 
 namespace norava {

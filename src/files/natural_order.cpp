@@ -1,4 +1,4 @@
-#include "presets/natural_order.h"
+#include "files/natural_order.h"
 
 #include <cstddef>
 #include <cstdint>
