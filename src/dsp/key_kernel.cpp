@@ -6,33 +6,6 @@
 
 namespace norava {
 
-namespace {
-
-#if defined(__x86_64__)
-constexpr bool kHasWidePath = true;
-bool machineIsWide() {
-    return __builtin_cpu_supports("avx2") != 0;
-}
-#else
-constexpr bool kHasWidePath = false;
-bool machineIsWide() {
-    return false;
-}
-#endif
-
-const KernelPath kFastest =
-    kHasWidePath && machineIsWide() ? KernelPath::wide : KernelPath::baseline;
-
-}  // namespace
-
-bool kernelPathAvailable(KernelPath path) {
-    return path == KernelPath::baseline || kFastest == KernelPath::wide;
-}
-
-KernelPath fastestKernelPath() {
-    return kFastest;
-}
-
 void updateKeys(SoundSettings& settings, int frames, CNoravaKey** keys) {
     const double seconds = frames / static_cast<double>(kInternalRate);
     for (unsigned word = 0; word < settings.activeKeys.size(); ++word) {
@@ -53,7 +26,7 @@ void processKeys(KernelPath path, SoundSettings& settings, float* left, float* r
     updateKeys(settings, frames, keys);
     if ((settings.activeKeys[0] | settings.activeKeys[1]) == 0 || frames < 1) return;
 
-    const bool isWide = kHasWidePath && path == KernelPath::wide;
+    const bool isWide = path == KernelPath::wide && kernelPathAvailable(path);
     ExciterBank& exciters = settings.exciters;
     exciters.seat(settings.activeKeys, keys, isWide ? kWideLanes : kBaselineLanes);
     const double saturation = settings.stringSaturation;
@@ -80,7 +53,7 @@ void processKeys(KernelPath path, SoundSettings& settings, float* left, float* r
 
 void processKeys(SoundSettings& settings, float* left, float* right, int frames, CNoravaKey** keys,
                  float* peak1, float* peak2) {
-    processKeys(kFastest, settings, left, right, frames, keys, peak1, peak2);
+    processKeys(fastestKernelPath(), settings, left, right, frames, keys, peak1, peak2);
 }
 
 }  // namespace norava

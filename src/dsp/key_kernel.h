@@ -1,17 +1,10 @@
 #pragma once
 
+#include "dsp/kernel_path.h"
 #include "dsp/key_voice.h"
 #include "dsp/sound_settings.h"
 
 namespace norava {
-
-// The instruction sets that the kernel is built for. All of them give the same bytes.
-enum class KernelPath { baseline, wide };
-
-// Whether this machine can run the path.
-bool kernelPathAvailable(KernelPath path);
-// The fastest path of this machine, found once.
-KernelPath fastestKernelPath();
 
 // The control block of every sounding key, which may end its note.
 void updateKeys(SoundSettings& settings, int frames, CNoravaKey** keys);

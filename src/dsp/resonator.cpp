@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "dsp/numbers.h"
-#include "dsp/string_group.h"
 
 namespace norava {
 
@@ -125,12 +124,12 @@ void CResonator::setBandOn(long band, float value) {
 
 void CResonator::applySettings(Band& band) {
     const auto delay = static_cast<double>(band.delay);
+    for (CStringDelay* line : {&band.first, &band.second}) {
+        line->damping = kDamping;
+        line->setFdbk(static_cast<double>(band.feedback));
+    }
     band.first.setDelay(delay);
     band.second.setDelay(delay * kSecondLineRatio);
-    for (CStringDelay* line : {&band.first, &band.second}) {
-        line->setFdbk(static_cast<double>(band.feedback));
-        line->damping = kDamping;
-    }
     band.changed = false;
 }
 
@@ -170,6 +169,7 @@ void CResonator::processPiece(const std::array<int, kBands>& sounding, int count
     // Four bands side by side: the outputs of their first lines, inverted, go into their second
     // lines.
     for (int from = 0; from < count; from += StringGroup::kLanes) {
+        Quartet& quartet = quartets_[static_cast<std::size_t>(from / StringGroup::kLanes)];
         const int lanes = std::min(count - from, StringGroup::kLanes);
         CStringDelay* firsts[StringGroup::kLanes];
         CStringDelay* seconds[StringGroup::kLanes];
@@ -179,10 +179,10 @@ void CResonator::processPiece(const std::array<int, kBands>& sounding, int count
             firsts[lane] = &band.first;
             seconds[lane] = &band.second;
         }
-        StringGroup::process(firsts, lanes, input, output, frames);
+        quartet.firsts.process(firsts, lanes, input, output, frames);
         for (int i = 0; i < frames; ++i)
             output[i] = v128_Set(0.0f) - output[i];
-        StringGroup::process(seconds, lanes, output, output, frames);
+        quartet.seconds.process(seconds, lanes, output, output, frames);
         addBands(bands, lanes, output, outLeft, outRight, frames);
     }
     highPass_.process(outLeft, outRight, frames);

@@ -4,6 +4,7 @@
 
 #include "dsp/stereo_high_pass.h"
 #include "dsp/string_delay.h"
+#include "dsp/string_group.h"
 
 namespace norava {
 
@@ -51,6 +52,12 @@ class CResonator {
         CStringDelay second;
     };
 
+    // Four bands that sound, side by side: their first lines and their second ones.
+    struct Quartet {
+        StringGroup firsts;
+        StringGroup seconds;
+    };
+
     static void applySettings(Band& band);
     int soundingBands(std::array<int, kBands>& bands);
     void processPiece(const std::array<int, kBands>& sounding, int count, float* left, float* right,
@@ -58,6 +65,7 @@ class CResonator {
 
     bool hasLines_ = false;
     std::array<Band, kBands> bands_;
+    std::array<Quartet, kBands / StringGroup::kLanes> quartets_;
     StereoHighPass highPass_;
 };
 

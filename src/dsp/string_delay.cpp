@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "dsp/numbers.h"
+#include "dsp/string_group.h"
 
 namespace norava {
 
@@ -24,16 +25,22 @@ CStringDelay::CStringDelay(long length) {
     setLength(length);
 }
 
+void CStringDelay::takeBack() {
+    if (group_ != nullptr) group_->release();
+}
+
 std::size_t CStringDelay::bytesFor(long length) {
     return 2 * LineMemory::sizeOf(CTapeDelayBuffer::bytesFor(storeLength(length)));
 }
 
 void CStringDelay::reserve(long length, LineMemory& memory) {
+    takeBack();
     for (CTapeDelayBuffer& store : stores_)
         store.reserve(storeLength(length), memory);
 }
 
 void CStringDelay::setLength(long length) {
+    takeBack();
     length_ = storeLength(length);
     for (CTapeDelayBuffer& store : stores_)
         store.allocate(storeLength(length));
@@ -47,6 +54,7 @@ void CStringDelay::setLength(long length) {
 }
 
 void CStringDelay::setDelay(double fraction) {
+    takeBack();
     const double d = clampOr(fraction, 0.0, kLongestFraction, 0.5);
     const auto length = static_cast<double>(length_);
     const double m = 2.0 / length;
@@ -58,10 +66,12 @@ void CStringDelay::setDelay(double fraction) {
 }
 
 void CStringDelay::setFdbk(double gain) {
+    takeBack();
     feedback_ = static_cast<float>(finiteOr(gain, 0.0));
 }
 
 float CStringDelay::GetFrame(float input) {
+    takeBack();
     float delayed = 0.0f;
     if (read_->seek(phase_)) {
         const CTapeDelayBuffer::Entry next = read_->entry(read_->readIndex);
@@ -94,6 +104,7 @@ void CStringDelay::endPass(float value) {
 }
 
 void CStringDelay::reset() {
+    takeBack();
     state_ = 0.0f;
     phase_ = 0.0;
     for (CTapeDelayBuffer& store : stores_)

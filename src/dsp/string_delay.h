@@ -6,6 +6,8 @@
 
 namespace norava {
 
+class StringGroup;
+
 // A plucked string: a feedback delay of fractional length with a one-pole low-pass in the loop,
 //     state += (delayed - state) * damping,   written = in + feedback * state
 // A phase runs from 0 to 1 once a period; what was written one period ago at the same phase is read
@@ -15,7 +17,7 @@ class CStringDelay {
   public:
     // Longest delay in frames, raised to at least 4. Half of it, no feedback, silent.
     explicit CStringDelay(long length = 0);
-    virtual ~CStringDelay() = default;
+    virtual ~CStringDelay() { takeBack(); }
     CStringDelay(const CStringDelay&) = delete;
     CStringDelay& operator=(const CStringDelay&) = delete;
 
@@ -43,13 +45,16 @@ class CStringDelay {
 
     double rate() const { return rate_; }  // periods per frame
 
+    // To be set before setDelay or setFdbk: a group that the line runs in reads it afterwards.
     float damping = 1.0f;  // coefficient of the low-pass, 0..1 (1: none)
 
   private:
-    friend class StringLanes;
+    friend class StringGroup;
 
+    void takeBack();
     void endPass(float value);
 
+    StringGroup* group_ = nullptr;  // keeps the state for this line while it runs with others
     float state_ = 0.0f;
     float feedback_ = 0.0f;
     std::array<CTapeDelayBuffer, 2> stores_;

@@ -1,8 +1,6 @@
 #include "dsp/string_group.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstdint>
 
 #include "dsp/numbers.h"
 
@@ -10,17 +8,28 @@ namespace norava {
 
 namespace {
 
-// Two lines in flight. What is named 0 belongs to the entry before the phase; stamps take part in
-// the interpolation in single precision.
+// Two of the lines, see StringSteps.
 struct StringPair {
     v128d phase;
     v128d rate;
-    v128d sounds;  // all bits set in lanes whose read store holds a pass
+    v128d sounds;
     v128d stamp0;
     v128 rounded0;
     v128d sample0;
-    std::array<const std::byte*, 2> read;  // the entry at or behind the phase
+    std::array<const std::byte*, 2> read;
     std::array<std::byte*, 2> write;
+
+    NORAVA_INLINE StringPair(const StringSteps& s, std::size_t first)
+        : phase(loadLanes<v128d>(s.phase + first)),
+          rate(loadLanes<v128d>(s.rate + first)),
+          sounds(bitsAs<v128d>(first == 0
+                                   ? __builtin_shufflevector(s.sounds, s.sounds, 0, 0, 1, 1)
+                                   : __builtin_shufflevector(s.sounds, s.sounds, 2, 2, 3, 3))),
+          stamp0(loadLanes<v128d>(s.stamp0 + first)),
+          rounded0(narrow(stamp0)),
+          sample0(loadLanes<v128d>(s.sample0 + first)),
+          read{s.read[first], s.read[first + 1]},
+          write{s.write[first], s.write[first + 1]} {}
 
     // Whether the phase of each lane lies between the two entries, and within the pass.
     NORAVA_INLINE v128i inStep(v128d stamp1) const {
@@ -32,7 +41,7 @@ struct StringPair {
         return loadPairD(read[0] + offset, read[1] + offset);
     }
 
-    // The sample at the phase; goes on to the next entry.
+    // The sample at the phase; goes on to the next entry. Stamps take part in single precision.
     NORAVA_INLINE v128d play(v128d stamp1, std::size_t offset) {
         const std::size_t sampleOffset = offset + sizeof(double);
         const v128 rounded1 = narrow(stamp1);
@@ -51,73 +60,124 @@ struct StringPair {
         storeLanes(write[0] + offset, __builtin_shufflevector(phase, samples, 0, 2));
         storeLanes(write[1] + offset, __builtin_shufflevector(phase, samples, 1, 3));
     }
+
+    NORAVA_INLINE void put(StringSteps& s, std::size_t first, std::size_t moved) const {
+        storeLanes(s.phase + first, phase);
+        storeLanes(s.stamp0 + first, stamp0);
+        storeLanes(s.sample0 + first, sample0);
+        for (std::size_t i = 0; i < 2; ++i) {
+            s.read[first + i] += moved;
+            s.write[first + i] += moved;
+        }
+    }
 };
+
+// Advances at most by `frames` frames and returns by how many. A steady run trusts what StepStrings
+// says; the other looks before each frame, and leaves `stamp1` as it is.
+template <bool kSteady>
+NORAVA_INLINE int run(StringSteps& s, const v128* inputs, v128* outputs, int frames) {
+    StringPair a(s, 0);
+    StringPair b(s, 2);
+    v128d stampsA = loadLanes<v128d>(s.stamp1);
+    v128d stampsB = loadLanes<v128d>(s.stamp1 + 2);
+    const v128 sounds = bitsAs<v128>(s.sounds);
+    const v128 feedback = s.feedback, damping = s.damping;
+    v128 state = s.state, written = s.written;
+    std::size_t offset = 0;
+    int frame = 0;
+    for (; frame < frames; ++frame, offset += CTapeDelayBuffer::kSlotBytes) {
+        if constexpr (!kSteady) {
+            stampsA = a.stamps(offset);
+            stampsB = b.stamps(offset);
+            if (!allTrue(a.inStep(stampsA) & b.inStep(stampsB))) break;
+        }
+        const v128 played = narrow(a.play(stampsA, offset), b.play(stampsB, offset));
+        const v128 delayed = flushTiny(bitsAs<v128>(bitsAs<v128i>(played) & bitsAs<v128i>(sounds)));
+        state = state + (delayed - state) * damping;
+        written = inputs[frame] + feedback * state;
+        outputs[frame] = delayed;
+
+        a.phase += a.rate;
+        b.phase += b.rate;
+        if constexpr (kSteady) {
+            // As the pass before was stamped.
+            stampsA += a.rate;
+            stampsB += b.rate;
+        }
+        a.record(__builtin_shufflevector(written, written, 0, 0, 1, 1), offset);
+        b.record(__builtin_shufflevector(written, written, 2, 2, 3, 3), offset);
+    }
+    a.put(s, 0, offset);
+    b.put(s, 2, offset);
+    storeLanes(s.stamp1, stampsA);
+    storeLanes(s.stamp1 + 2, stampsB);
+    s.state = state;
+    s.written = written;
+    return frame;
+}
 
 }  // namespace
 
-// The lines in flight.
-class StringLanes {
-  public:
-    StringLanes(CStringDelay* const* lines, int count);
+void stepStringsBaseline(StringSteps& lines, const v128* inputs, v128* outputs, int frames) {
+    run<true>(lines, inputs, outputs, frames);
+}
 
-    // Advances at most to frame `end` and returns the frame to go on with. A steady run trusts that
-    // every line takes one entry of its read store a frame and reaches no end of a pass; the other
-    // looks before each frame.
-    template <bool kSteady>
-    int run(const v128* inputs, v128* outputs, int frame, int end);
+#if !defined(__x86_64__)
+void stepStringsWide(StringSteps& lines, const v128* inputs, v128* outputs, int frames) {
+    stepStringsBaseline(lines, inputs, outputs, frames);
+}
+#endif
 
-    // Brings the lines up to date after `frames` frames of `run`.
-    void settle(int frames);
+StringGroup::StringGroup(KernelPath path)
+    : stepStrings_(path == KernelPath::wide ? stepStringsWide : stepStringsBaseline) {}
 
-    // Finds every line's place in its read store for the frame to come.
-    void seek();
+bool StringGroup::holds(CStringDelay* const* lines, int count) const {
+    return count == count_ && std::equal(lines, lines + count, lines_.begin());
+}
 
-    // Frames, from the one to come, that a steady run may take.
-    int steadyFrames() const;
-
-  private:
-    CStringDelay& line(int lane) const { return *lines_[static_cast<std::size_t>(lane)]; }
-    StringPair& pairOf(int lane) { return pairs_[static_cast<std::size_t>(lane / 2)]; }
-    void endPass(CStringDelay& line, float written) const;
-
-    std::array<CStringDelay*, StringGroup::kLanes> lines_;
-    int count_;
-    std::array<StringPair, StringGroup::kLanes / 2> pairs_;
-    v128 state_, feedback_, damping_;
-    v128 written_{};
-};
-
-StringLanes::StringLanes(CStringDelay* const* lines, int count) : count_(count) {
-    for (int lane = 0; lane < StringGroup::kLanes; ++lane) {
+void StringGroup::take(CStringDelay* const* lines, int count) {
+    release();
+    count_ = count;
+    for (int lane = 0; lane < kLanes; ++lane) {
         // Lanes without a line of their own go along with the first: same values to the same
         // places.
-        CStringDelay* source = lines[lane < count ? lane : 0];
+        CStringDelay* const source = lines[lane < count ? lane : 0];
         lines_[static_cast<std::size_t>(lane)] = source;
-        pairOf(lane).rate[lane % 2] = source->rate_;
-        state_[lane] = source->state_;
-        feedback_[lane] = source->feedback_;
-        damping_[lane] = source->damping;
+        if (lane < count) source->takeBack();
+        source->group_ = this;
+        steps_.rate[lane] = source->rate_;
+        steps_.state[lane] = source->state_;
+        steps_.feedback[lane] = source->feedback_;
+        steps_.damping[lane] = source->damping;
+        steps_.written[lane] = 0.0f;
     }
+    steadyLeft_ = 0;
 }
 
-void StringLanes::seek() {
-    for (int lane = 0; lane < StringGroup::kLanes; ++lane) {
+void StringGroup::release() {
+    settle();
+    for (int lane = 0; lane < count_; ++lane)
+        line(lane).group_ = nullptr;
+    count_ = 0;
+}
+
+void StringGroup::seek() {
+    for (int lane = 0; lane < kLanes; ++lane) {
         CStringDelay& l = line(lane);
-        StringPair& pair = pairOf(lane);
-        const int half = lane % 2;
         const bool sounds = l.read_->seek(l.phase_);
         const CTapeDelayBuffer::Entry previous = l.read_->entry(l.read_->readIndex - 1);
-        pair.phase[half] = l.phase_;
-        pair.sounds[half] = std::bit_cast<double>(std::int64_t{sounds ? -1 : 0});
-        pair.stamp0[half] = previous.stamp;
-        pair.rounded0[half] = static_cast<float>(previous.stamp);
-        pair.sample0[half] = static_cast<double>(previous.sample);
-        pair.read[static_cast<std::size_t>(half)] = l.read_->entryAddress(l.read_->readIndex);
-        pair.write[static_cast<std::size_t>(half)] = l.write_->entryAddress(l.write_->count);
+        steps_.phase[lane] = l.phase_;
+        steps_.sounds[lane] = sounds ? -1 : 0;
+        steps_.stamp0[lane] = previous.stamp;
+        steps_.stamp1[lane] = l.read_->entry(l.read_->readIndex).stamp;
+        steps_.sample0[lane] = static_cast<double>(previous.sample);
+        steps_.read[lane] = l.read_->entryAddress(l.read_->readIndex);
+        steps_.write[lane] = l.write_->entryAddress(l.write_->count);
     }
 }
 
-int StringLanes::steadyFrames() const {
+// Frames, from the one to come, that stepStrings_ may take.
+int StringGroup::steadyFrames() const {
     // Phases and stamps are sums of rates; after a million additions they are off by less than
     // this.
     constexpr double kMargin = 1e-9;
@@ -139,77 +199,46 @@ int StringLanes::steadyFrames() const {
     return frames >= 0.0 ? static_cast<int>(frames) + 1 : 0;
 }
 
-void StringLanes::settle(int frames) {
+// Brings the lines up to date.
+void StringGroup::settle() {
+    if (unsettled_ == 0) return;
     for (int lane = 0; lane < count_; ++lane) {
         CStringDelay& l = line(lane);
-        l.write_->count += frames;
-        if (l.read_->count > 0) l.read_->readIndex += frames - 1;
-        l.phase_ = pairOf(lane).phase[lane % 2];
-        l.state_ = state_[lane];
-        if (l.phase_ >= 1.0) endPass(l, written_[lane]);
+        l.write_->count += unsettled_;
+        if (l.read_->count > 0) l.read_->readIndex += unsettled_ - 1;
+        l.phase_ = steps_.phase[lane];
+        l.state_ = steps_.state[lane];
+        if (l.phase_ >= 1.0) endPass(l, steps_.written[lane]);
     }
+    unsettled_ = 0;
 }
 
 // The last entry written is the sentinel of the pass, and opens the next one too.
-void StringLanes::endPass(CStringDelay& line, float written) const {
+void StringGroup::endPass(CStringDelay& line, float written) const {
     --line.write_->count;
     line.endPass(written);
     line.write_->append(line.phase_, written);
 }
 
-template <bool kSteady>
-int StringLanes::run(const v128* inputs, v128* outputs, int frame, int end) {
-    StringPair a = pairs_[0];
-    StringPair b = pairs_[1];
-    const v128 sounds = bitsAs<v128>(
-        __builtin_shufflevector(bitsAs<v128i>(a.sounds), bitsAs<v128i>(b.sounds), 0, 2, 4, 6));
-    const v128 feedback = feedback_, damping = damping_;
-    v128 state = state_, written = written_;
-    std::size_t offset = 0;
-    for (; frame < end; ++frame, offset += CTapeDelayBuffer::kSlotBytes) {
-        const v128d stampsA = a.stamps(offset);
-        const v128d stampsB = b.stamps(offset);
-        if (!kSteady && !allTrue(a.inStep(stampsA) & b.inStep(stampsB))) break;
-
-        const v128 played = narrow(a.play(stampsA, offset), b.play(stampsB, offset));
-        const v128 delayed = flushTiny(bitsAs<v128>(bitsAs<v128i>(played) & bitsAs<v128i>(sounds)));
-        state = state + (delayed - state) * damping;
-        written = inputs[frame] + feedback * state;
-        outputs[frame] = delayed;
-
-        a.phase += a.rate;
-        b.phase += b.rate;
-        a.record(__builtin_shufflevector(written, written, 0, 0, 1, 1), offset);
-        b.record(__builtin_shufflevector(written, written, 2, 2, 3, 3), offset);
-    }
-    pairs_[0].phase = a.phase;
-    pairs_[1].phase = b.phase;
-    state_ = state;
-    written_ = written;
-    return frame;
-}
-
 void StringGroup::process(CStringDelay* const* lines, int count, const v128* inputs, v128* outputs,
                           int frames) {
-    // To set the lanes up takes longer than a few frames do.
-    constexpr int kFewFrames = 2;
-    if (frames <= kFewFrames) {
-        for (int i = 0; i < frames; ++i) {
-            for (int lane = 0; lane < count; ++lane) {
-                outputs[i][lane] = lines[lane]->GetFrame(inputs[i][lane]);
-            }
+    if (!holds(lines, count)) take(lines, count);
+    for (int frame = 0; frame < frames;) {
+        if (steadyLeft_ == 0) {
+            settle();
+            seek();
+            steadyLeft_ = steadyFrames();
         }
-        return;
-    }
-    StringLanes lanes(lines, count);
-    int frame = 0;
-    while (frame < frames) {
-        lanes.seek();
-        const int from = frame;
-        const int steady = std::min(lanes.steadyFrames(), frames - frame);
-        frame = steady > 0 ? lanes.run<true>(inputs, outputs, frame, frame + steady)
-                           : lanes.run<false>(inputs, outputs, frame, frames);
-        lanes.settle(frame - from);
+        int done;
+        if (steadyLeft_ > 0) {
+            done = std::min(steadyLeft_, frames - frame);
+            stepStrings_(steps_, inputs + frame, outputs + frame, done);
+            steadyLeft_ -= done;
+        } else {
+            done = run<false>(steps_, inputs + frame, outputs + frame, frames - frame);
+        }
+        unsettled_ += done;
+        frame += done;
     }
 }
 

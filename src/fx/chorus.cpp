@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "fx/tape_pair.h"
-
 namespace norava {
 
 namespace {
@@ -87,10 +85,12 @@ void CChorus::process(float* left, float* right, long frames) {
 void CChorus::processPiece(float* left, float* right, int frames) {
     v128 outer[kPieceFrames];  // left and centre line
     v128 other[kPieceFrames];  // right line
-    for (int i = 0; i < frames; ++i)
-        outer[i] = other[i] = v128_Set(left[i] + right[i]);
-    TapePair::process(lines_[0], lines_[1], outer, frames);
-    TapePair::process(lines_[2], lines_[2], other, frames);
+    int filled = 0;            // a piece has a frame at least
+    do
+        outer[filled] = other[filled] = v128_Set(left[filled] + right[filled]);
+    while (++filled < frames);
+    leftAndCentre_.process(lines_[0], lines_[1], outer, outer, frames);
+    right_.process(lines_[2], lines_[2], other, other, frames);
     for (int i = 0; i < frames; ++i) {
         left[i] = left[i] + outer[i][0] + outer[i][1];
         right[i] = right[i] + other[i][0] + outer[i][1];

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "fx/tape_delay.h"
+#include "fx/tape_pair.h"
 
 namespace norava {
 
@@ -37,6 +37,8 @@ class CChorus {
     bool enabled_ = false;
     bool hasLines_ = false;
     std::array<CTapeDelay, kLines> lines_;
+    TapePair leftAndCentre_;
+    TapePair right_;  // the one line in both lanes
     double sampleRate_ = 44100.0;
 };
 

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "dsp/numbers.h"
-#include "fx/tape_pair.h"
 
 namespace norava {
 
@@ -17,7 +16,6 @@ constexpr double kReserveRate = 48000.0;
 constexpr long kPieceFrames = 64;
 constexpr double kDelaySeconds = 2.0;
 constexpr float kRumbleHz = 32.0f;
-constexpr std::size_t kLinesPerChannel = 3;
 
 struct DelayLineShape {
     double lengthRatio;
@@ -141,7 +139,7 @@ void CNoravaFX::applyDelaySettings() {
     const double feedback = -0.99 * square(cleaned(delay.feedback));
     const double blur = cleaned(delay.blur);
     const double wet = square(cleaned(delay.wet));
-    const std::array<double, kLinesPerChannel> wets{wet, wet * blur, wet * square(blur)};
+    const std::array<double, kDelaySeries> wets{wet, wet * blur, wet * square(blur)};
 
     // A line of two seconds is 1 / 0.5 of a second long, so with a tempo the first lines delay by
     // divisor / tempo.
@@ -155,7 +153,7 @@ void CNoravaFX::applyDelaySettings() {
         line.setDelay(fraction);
         line.setFdbk(feedback);
         line.setDepth(depth);
-        line.setWet(wets[i % kLinesPerChannel]);
+        line.setWet(wets[i % kDelaySeries]);
     }
 }
 
@@ -168,10 +166,9 @@ void CNoravaFX::processDelay(float* left, float* right, long frames) {
         const int n = static_cast<int>(std::min(frames - done, kPieceFrames));
         for (int i = 0; i < n; ++i)
             mix[i] = v128{left[done + i], right[done + i]};
-        for (std::size_t line = 0; line < kLinesPerChannel; ++line) {
-            for (int i = 0; i < n; ++i)
-                echo[i] = mix[i];
-            TapePair::process(delayLines_[line], delayLines_[line + kLinesPerChannel], echo, n);
+        for (std::size_t line = 0; line < kDelaySeries; ++line) {
+            delayPairs_[line].process(delayLines_[line], delayLines_[line + kDelaySeries], mix,
+                                      echo, n);
             for (int i = 0; i < n; ++i)
                 mix[i] = mix[i] + echo[i];
         }

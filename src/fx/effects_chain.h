@@ -6,7 +6,7 @@
 #include "dsp/stereo_high_pass.h"
 #include "fx/chorus.h"
 #include "fx/reverb.h"
-#include "fx/tape_delay.h"
+#include "fx/tape_pair.h"
 
 namespace norava {
 
@@ -64,7 +64,8 @@ class CNoravaFX {
     DelaySettings delay;
 
   private:
-    static constexpr int kDelayLines = 6;  // three in series on the left, three on the right
+    // Lines in series on the left, and as many on the right behind them.
+    static constexpr std::size_t kDelaySeries = 3;
 
     void reserveLines();
     void resetDelayLines();
@@ -75,7 +76,8 @@ class CNoravaFX {
     fxReverb reverb_;
     CResonator resonator_;
     CChorus chorus_;
-    std::array<CTapeDelay, kDelayLines> delayLines_;
+    std::array<CTapeDelay, 2 * kDelaySeries> delayLines_;
+    std::array<TapePair, kDelaySeries> delayPairs_;
     double tempo_ = 120.0;
     // What the lines were last set up with; no tempo before that.
     DelaySettings appliedDelay_;

@@ -5,6 +5,7 @@
 
 #include "dsp/numbers.h"
 #include "fx/tape_glide.h"
+#include "fx/tape_pair.h"
 
 namespace norava {
 
@@ -31,16 +32,22 @@ CTapeDelay::CTapeDelay(int length, double initialPosition) {
     setLength(length, initialPosition);
 }
 
+void CTapeDelay::takeBack() {
+    if (pair_ != nullptr) pair_->release();
+}
+
 std::size_t CTapeDelay::bytesFor(int length) {
     return 2 * LineMemory::sizeOf(CTapeDelayBuffer::bytesFor(std::max(length, kShortestLength)));
 }
 
 void CTapeDelay::reserve(int length, LineMemory& memory) {
+    takeBack();
     for (CTapeDelayBuffer& store : stores_)
         store.reserve(std::max(length, kShortestLength), memory);
 }
 
 void CTapeDelay::setLength(int length, double initialPosition) {
+    takeBack();
     length_ = std::max(length, kShortestLength);
     for (CTapeDelayBuffer& store : stores_)
         store.allocate(length_);
@@ -61,6 +68,7 @@ void CTapeDelay::setLength(int length, double initialPosition) {
 }
 
 void CTapeDelay::setDelay(double fraction) {
+    takeBack();
     const double t = clampOr(fraction, 0.0, kLongestFraction, 0.5);
     const auto length = static_cast<double>(length_);
     const double m = 2.0 / length;
@@ -68,18 +76,22 @@ void CTapeDelay::setDelay(double fraction) {
 }
 
 void CTapeDelay::setSpeed(double hz, double sampleRate) {
+    takeBack();
     lfoIncrement_ = finiteOr(std::max(hz, 0.0) / sampleRate, 0.0);
 }
 
 void CTapeDelay::setDepth(double depth) {
+    takeBack();
     depth_ = static_cast<float>(clampOr(depth, 0.0, 1.0, 0.0));
 }
 
 void CTapeDelay::setWet(double gain) {
+    takeBack();
     targetWet_ = static_cast<float>(finiteOr(gain, 0.0));
 }
 
 void CTapeDelay::setFdbk(double gain) {
+    takeBack();
     feedback_ = static_cast<float>(finiteOr(gain, 0.0));
 }
 
@@ -104,6 +116,7 @@ void CTapeDelay::setHiEnable(bool on) {
 }
 
 void CTapeDelay::reset() {
+    takeBack();
     currentWet_ = 0.0f;
     position_ = initialPosition_;
     currentRate_ = targetRate_;
@@ -154,6 +167,7 @@ void CTapeDelay::endPass(float value) {
 }
 
 float CTapeDelay::GetFrame(float input) {
+    takeBack();
     const double wow = advanceWow();
     float played = flushTiny(play());
     if (lowPassOn_) played = lowPass_.GetFrame(played);

@@ -7,6 +7,8 @@
 
 namespace norava {
 
+class TapePair;
+
 // A delay line as a loop of tape that runs at a variable speed: a change of delay time glides and
 // bends the pitch of what is on the tape, and a triangle LFO on the speed gives wow. What was
 // recorded one pass ago at the same place is played back, interpolated between the two entries
@@ -19,6 +21,7 @@ class CTapeDelay {
     // Longest pass in frames (raised to at least 4) and the tape position, 0..1, that `reset`
     // restores. Half a loop of delay, wet 1, no feedback, no wow, filters off.
     explicit CTapeDelay(int length = 0, double initialPosition = 0.0);
+    ~CTapeDelay() { takeBack(); }
     CTapeDelay(const CTapeDelay&) = delete;
     CTapeDelay& operator=(const CTapeDelay&) = delete;
 
@@ -55,13 +58,15 @@ class CTapeDelay {
     float GetFrame(float input);
 
   private:
-    friend class TapeLanes;
+    friend class TapePair;
 
+    void takeBack();
     double advanceWow();
     float play();
     void record(float value, double wow);
     void endPass(float value);
 
+    TapePair* pair_ = nullptr;  // keeps the state for this line while it runs with another
     std::array<CTapeDelayBuffer, 2> stores_;
     CTapeDelayBuffer* write_ = &stores_[0];
     CTapeDelayBuffer* read_ = &stores_[1];

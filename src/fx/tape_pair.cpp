@@ -1,6 +1,5 @@
 #include "fx/tape_pair.h"
 
-#include <array>
 #include <cmath>
 #include <utility>
 
@@ -8,106 +7,111 @@
 
 namespace norava {
 
-class TapeLanes {
-  public:
-    TapeLanes(CTapeDelay& first, CTapeDelay& second)
-        : lines_{&first, &second}, count_(&first == &second ? 1 : 2) {}
-
-    // Advances until a line reaches the end of its pass or needs another step than to the next
-    // entry of its read store, or its LFO the end of its cycle, at most to `end`. Returns the frame
-    // to go on with. A settled run trusts that both lines have a pass to play, and that speed and
-    // wet gain have arrived at their targets.
-    template <bool kSettled>
-    int run(v128* samples, int frame, int end);
-
-    // Takes over the lines' state for the frame to come.
-    void load();
-
-    // Brings the lines up to date after `frames` frames of `run`.
-    void store(int frames);
-
-    bool settled() const;
-
-  private:
-    static std::size_t at(int lane) { return static_cast<std::size_t>(lane); }
-
-    std::array<CTapeDelay*, 2> lines_;
-    int count_;                             // 1 if both lanes are the same line
-    std::array<const std::byte*, 2> read_;  // the entry behind the position
-    std::array<std::byte*, 2> write_;
-    v128d position_, rate_, lfo_;
-    v128d stamp0_, sample0_;  // of the entry before the position
-    v128 wet_{}, written_{};
-    std::array<bool, 2> sounds_;
-};
-
-void TapeLanes::load() {
+void TapePair::take(CTapeDelay& first, CTapeDelay& second) {
+    release();
+    lines_ = {&first, &second};
+    count_ = &first == &second ? 1 : 2;
+    for (int lane = 0; lane < count_; ++lane) {
+        lines_[at(lane)]->takeBack();
+        lines_[at(lane)]->pair_ = this;
+    }
+    Lanes& s = lanes_;
     for (int lane = 0; lane < 2; ++lane) {
-        CTapeDelay& line = *lines_[at(lane)];
-        sounds_[at(lane)] = line.read_->seek(line.position_);
-        const CTapeDelayBuffer::Entry previous = line.read_->entry(line.read_->readIndex - 1);
-        stamp0_[lane] = previous.stamp;
-        sample0_[lane] = static_cast<double>(previous.sample);
-        read_[at(lane)] = line.read_->entryAddress(line.read_->readIndex);
-        write_[at(lane)] = line.write_->entryAddress(line.write_->count);
-        position_[lane] = line.position_;
-        rate_[lane] = line.currentRate_;
-        lfo_[lane] = line.lfoPhase_;
-        wet_[lane] = line.currentWet_;
+        const CTapeDelay& line = *lines_[at(lane)];
+        s.increment[lane] = line.lfoIncrement_;
+        s.depth[lane] = static_cast<double>(line.depth_);
+        s.lowest[lane] = line.minimumRate_;
+        s.targetRate[lane] = line.targetRate_;
+        s.targetWet[lane] = line.targetWet_;
+        s.feedback[lane] = line.feedback_;
     }
 }
 
-bool TapeLanes::settled() const {
+void TapePair::release() {
+    settle();
+    for (int lane = 0; lane < count_; ++lane)
+        lines_[at(lane)]->pair_ = nullptr;
+    count_ = 0;
+    lines_ = {};
+}
+
+void TapePair::seek() {
+    Lanes& s = lanes_;
+    for (int lane = 0; lane < 2; ++lane) {
+        CTapeDelay& line = *lines_[at(lane)];
+        const bool sounds = line.read_->seek(line.position_);
+        s.sounds[2 * lane] = s.sounds[2 * lane + 1] = sounds ? -1 : 0;
+        const CTapeDelayBuffer::Entry previous = line.read_->entry(line.read_->readIndex - 1);
+        s.stamp0[lane] = previous.stamp;
+        s.sample0[lane] = static_cast<double>(previous.sample);
+        s.read[at(lane)] = line.read_->entryAddress(line.read_->readIndex);
+        s.write[at(lane)] = line.write_->entryAddress(line.write_->count);
+        s.position[lane] = line.position_;
+        s.rate[lane] = line.currentRate_;
+        s.lfo[lane] = line.lfoPhase_;
+        s.wet[lane] = line.currentWet_;
+    }
+    arrived_ = hasArrived();
+    ready_ = true;
+}
+
+// Whether both lines have a pass to play, and speed and wet gain have come to their targets.
+bool TapePair::hasArrived() const {
     const auto arrived = [](const CTapeDelay& line) {
         return glideRate(line.currentRate_, line.targetRate_) == line.currentRate_ &&
                glideWet(line.currentWet_, line.targetWet_) == line.currentWet_;
     };
-    return sounds_[0] && sounds_[1] && arrived(*lines_[0]) && arrived(*lines_[1]);
+    return allTrue(lanes_.sounds) && arrived(*lines_[0]) && arrived(*lines_[1]);
 }
 
-void TapeLanes::store(int frames) {
-    for (int lane = 0; lane < count_; ++lane) {
+// Brings the lines up to date.
+void TapePair::settle() {
+    const Lanes& s = lanes_;
+    for (int lane = 0; lane < count_ && unsettled_ != 0; ++lane) {
         CTapeDelay& line = *lines_[at(lane)];
-        line.position_ = position_[lane];
-        line.currentRate_ = rate_[lane];
-        line.currentWet_ = wet_[lane];
-        line.lfoPhase_ = lfo_[lane];
+        line.position_ = s.position[lane];
+        line.currentRate_ = s.rate[lane];
+        line.currentWet_ = s.wet[lane];
+        line.lfoPhase_ = s.lfo[lane];
         if (line.lfoPhase_ >= 1.0) line.lfoPhase_ -= std::floor(line.lfoPhase_);
-        line.write_->count += frames;
-        if (line.read_->count > 0) line.read_->readIndex += frames - 1;
+        line.write_->count += unsettled_;
+        if (line.read_->count > 0) line.read_->readIndex += unsettled_ - 1;
         if (line.position_ >= 1.0) {
             // The last entry written is the sentinel of the pass, and opens the next one too.
             --line.write_->count;
-            line.endPass(written_[lane]);
-            line.write_->append(line.position_, written_[lane]);
+            line.endPass(s.written[lane]);
+            line.write_->append(line.position_, s.written[lane]);
         }
     }
+    unsettled_ = 0;
+    ready_ = false;
 }
 
-template <bool kSettled>
-int TapeLanes::run(v128* samples, int frame, int end) {
-    const CTapeDelay& first = *lines_[0];
-    const CTapeDelay& second = *lines_[1];
+// Advances until a line reaches the end of its pass or needs another step than to the next entry of
+// its read store, or its LFO the end of its cycle, at most by `frames` frames. Returns by how many.
+template <bool kArrived>
+int TapePair::run(const v128* inputs, v128* outputs, int frames) {
+    Lanes& s = lanes_;
     const auto both = [](double x) { return v128d{x, x}; };
-    const v128d increment = {first.lfoIncrement_, second.lfoIncrement_};
-    const v128d depth = {static_cast<double>(first.depth_), static_cast<double>(second.depth_)};
-    const v128d lowest = {first.minimumRate_, second.minimumRate_};
-    const v128d targetRate = {first.targetRate_, second.targetRate_};
-    const v128 targetWet = {first.targetWet_, second.targetWet_};
-    const v128 feedback = {first.feedback_, second.feedback_};
-    const v128i soundsF = {sounds_[0] ? -1 : 0, sounds_[1] ? -1 : 0};
-    const v128i deaf = ~__builtin_shufflevector(soundsF, soundsF, 0, 0, 1, 1);
-    v128d position = position_, rate = rate_, lfo = lfo_, stamp0 = stamp0_, sample0 = sample0_;
-    v128 wet = wet_, written = written_;
-    const std::byte* const read0 = read_[0];
-    const std::byte* const read1 = read_[1];
-    std::byte* const write0 = write_[0];
-    std::byte* const write1 = write_[1];
+    const v128d increment = s.increment, depth = s.depth, lowest = s.lowest;
+    const v128d targetRate = s.targetRate;
+    const v128 targetWet = s.targetWet, feedback = s.feedback;
+    // One lane of `sounds` a line, as its samples lie, and two, as its doubles do.
+    const v128i sounds = __builtin_shufflevector(s.sounds, s.sounds, 0, 2, 0, 2);
+    const v128i deaf = ~s.sounds;
+    v128d position = s.position, rate = s.rate, lfo = s.lfo, stamp0 = s.stamp0;
+    v128d sample0 = s.sample0;
+    v128 wet = s.wet, written = s.written;
+    const std::byte* const read0 = s.read[0];
+    const std::byte* const read1 = s.read[1];
+    std::byte* const write0 = s.write[0];
+    std::byte* const write1 = s.write[1];
+    int frame = 0;
     std::size_t offset = 0;
-    for (; frame < end; ++frame, offset += CTapeDelayBuffer::kSlotBytes) {
+    for (; frame < frames; ++frame, offset += CTapeDelayBuffer::kSlotBytes) {
         const v128d stamp1 = loadPairD(read0 + offset, read1 + offset);
         v128i inStep = isLess(stamp0, position) & isAtMost(position, stamp1);
-        if constexpr (!kSettled) inStep |= deaf;
+        if constexpr (!kArrived) inStep |= deaf;
         if (!allTrue(inStep & isLess(position, both(1.0)) & isLess(lfo, both(1.0)))) break;
 
         // The speed of the tape. A triangle is min(2 p, 2 - 2 p) of the LFO's phase p.
@@ -121,10 +125,10 @@ int TapeLanes::run(v128* samples, int frame, int end) {
             widen(loadPairF(read0 + offset + sizeof(double), read1 + offset + sizeof(double)));
         const v128d fraction = (position - stamp0) / (stamp1 - stamp0);
         v128 played = narrow(sample0 + (sample1 - sample0) * fraction);
-        if constexpr (!kSettled) played = bitsAs<v128>(bitsAs<v128i>(played) & soundsF);
+        if constexpr (!kArrived) played = bitsAs<v128>(bitsAs<v128i>(played) & sounds);
         played = flushTiny(played);
-        written = flushTiny(samples[frame]) + feedback * played;
-        samples[frame] = played * wet;
+        written = flushTiny(inputs[frame]) + feedback * played;
+        outputs[frame] = played * wet;
         position += step;
         stamp0 = stamp1;
         sample0 = sample1;
@@ -132,37 +136,33 @@ int TapeLanes::run(v128* samples, int frame, int end) {
         const v128d twice = bitsAs<v128d>(__builtin_shufflevector(written, written, 0, 0, 1, 1));
         storeLanes(write0 + offset, __builtin_shufflevector(position, twice, 0, 2));
         storeLanes(write1 + offset, __builtin_shufflevector(position, twice, 1, 3));
-        if constexpr (!kSettled) {
+        if constexpr (!kArrived) {
             wet = glideWet(wet, targetWet);
             rate = glideRate(rate, targetRate);
         }
     }
-    position_ = position;
-    rate_ = rate;
-    lfo_ = lfo;
-    wet_ = wet;
-    written_ = written;
+    s.position = position;
+    s.rate = rate;
+    s.lfo = lfo;
+    s.stamp0 = stamp0;
+    s.sample0 = sample0;
+    s.wet = wet;
+    s.written = written;
+    s.read = {read0 + offset, read1 + offset};
+    s.write = {write0 + offset, write1 + offset};
     return frame;
 }
 
-void TapePair::process(CTapeDelay& first, CTapeDelay& second, v128* samples, int frames) {
-    // To set the lanes up takes longer than a few frames do.
-    constexpr int kFewFrames = 2;
-    if (frames <= kFewFrames) {
-        for (int i = 0; i < frames; ++i) {
-            samples[i][0] = first.GetFrame(samples[i][0]);
-            if (&second != &first) samples[i][1] = second.GetFrame(samples[i][1]);
-        }
-        return;
-    }
-    TapeLanes lanes(first, second);
-    int frame = 0;
-    while (frame < frames) {
-        lanes.load();
-        const int from = frame;
-        frame = lanes.settled() ? lanes.run<true>(samples, frame, frames)
-                                : lanes.run<false>(samples, frame, frames);
-        lanes.store(frame - from);
+void TapePair::process(CTapeDelay& first, CTapeDelay& second, const v128* inputs, v128* outputs,
+                       int frames) {
+    if (lines_[0] != &first || lines_[1] != &second) take(first, second);
+    for (int frame = 0; frame < frames;) {
+        if (!ready_) seek();
+        const int done = arrived_ ? run<true>(inputs + frame, outputs + frame, frames - frame)
+                                  : run<false>(inputs + frame, outputs + frame, frames - frame);
+        unsettled_ += done;
+        frame += done;
+        if (frame < frames || !arrived_) settle();
     }
 }
 

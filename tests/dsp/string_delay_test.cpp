@@ -87,19 +87,28 @@ TEST(StringDelay, SoundsAsNewAfterReset) {
     }
 }
 
+class Grouped : public testing::TestWithParam<KernelPath> {
+  protected:
+    void SetUp() override {
+        if (!kernelPathAvailable(GetParam())) GTEST_SKIP() << "this machine lacks the instructions";
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Paths, Grouped, testing::Values(KernelPath::baseline, KernelPath::wide));
+
 // Lines of all kinds, side by side and one by one, retuned and restarted while they sound.
-TEST(StringGroup, GivesTheBitsOfItsLines) {
+TEST_P(Grouped, GivesTheBitsOfItsLines) {
     std::minstd_rand random(3);
     std::uniform_real_distribution<double> any(0.0, 1.0);
     for (const long length : {4L, 30L, 100L, 4800L, 76800L}) {
         for (int count = 1; count <= StringGroup::kLanes; ++count) {
             std::vector<std::unique_ptr<CStringDelay>> alone, grouped;
+            StringGroup group(GetParam());
             for (int k = 0; k < count; ++k) {
                 alone.push_back(std::make_unique<CStringDelay>(length));
                 grouped.push_back(std::make_unique<CStringDelay>(length));
             }
             for (int block = 0; block < 150; ++block) {
-                for (std::size_t k = 0; k < alone.size() && any(random) < 0.2; ++k) {
+                for (std::size_t k = 0; k < alone.size() && any(random) < 0.1; ++k) {
                     const double fraction = any(random) < 0.2 ? 0.0 : std::pow(any(random), 3.0);
                     const double feedback = any(random);
                     for (CStringDelay* line : {alone[k].get(), grouped[k].get()}) {
@@ -117,7 +126,7 @@ TEST(StringGroup, GivesTheBitsOfItsLines) {
                 }
                 for (int k = 0; k < count; ++k)
                     lines[k] = grouped[static_cast<std::size_t>(k)].get();
-                StringGroup::process(lines, count, input, output, frames);
+                group.process(lines, count, input, output, frames);
                 for (int i = 0; i < frames; ++i) {
                     for (int k = 0; k < count; ++k) {
                         CStringDelay& line = *alone[static_cast<std::size_t>(k)];
