@@ -72,8 +72,8 @@ struct StringPair {
     }
 };
 
-// Advances at most by `frames` frames and returns by how many. A steady run trusts what StepStrings
-// says; the other looks before each frame, and leaves `stamp1` as it is.
+// Advances at most by `frames` frames and returns by how many. A steady run trusts what
+// RenderStringSteps says; the other looks before each frame, and leaves `stamp1` as it is.
 template <bool kSteady>
 NORAVA_INLINE int run(StringSteps& s, const v128* inputs, v128* outputs, int frames) {
     StringPair a(s, 0);
@@ -118,18 +118,18 @@ NORAVA_INLINE int run(StringSteps& s, const v128* inputs, v128* outputs, int fra
 
 }  // namespace
 
-void stepStringsBaseline(StringSteps& lines, const v128* inputs, v128* outputs, int frames) {
+void renderStringStepsBaseline(StringSteps& lines, const v128* inputs, v128* outputs, int frames) {
     run<true>(lines, inputs, outputs, frames);
 }
 
 #if !defined(__x86_64__)
-void stepStringsWide(StringSteps& lines, const v128* inputs, v128* outputs, int frames) {
-    stepStringsBaseline(lines, inputs, outputs, frames);
+void renderStringStepsWide(StringSteps& lines, const v128* inputs, v128* outputs, int frames) {
+    renderStringStepsBaseline(lines, inputs, outputs, frames);
 }
 #endif
 
 StringGroup::StringGroup(KernelPath path)
-    : stepStrings_(path == KernelPath::wide ? stepStringsWide : stepStringsBaseline) {}
+    : renderSteps_(path == KernelPath::wide ? renderStringStepsWide : renderStringStepsBaseline) {}
 
 bool StringGroup::holds(CStringDelay* const* lines, int count) const {
     return count == count_ && std::equal(lines, lines + count, lines_.begin());
@@ -176,7 +176,7 @@ void StringGroup::seek() {
     }
 }
 
-// Frames, from the one to come, that stepStrings_ may take.
+// Frames, from the one to come, that renderSteps_ may take.
 int StringGroup::steadyFrames() const {
     // Phases and stamps are sums of rates; after a million additions they are off by less than
     // this.
@@ -232,7 +232,7 @@ void StringGroup::process(CStringDelay* const* lines, int count, const v128* inp
         int done;
         if (steadyLeft_ > 0) {
             done = std::min(steadyLeft_, frames - frame);
-            stepStrings_(steps_, inputs + frame, outputs + frame, done);
+            renderSteps_(steps_, inputs + frame, outputs + frame, done);
             steadyLeft_ -= done;
         } else {
             done = run<false>(steps_, inputs + frame, outputs + frame, frames - frame);

@@ -43,11 +43,11 @@ class StringGroup {
     int steadyFrames() const;
     void endPass(CStringDelay& line, float written) const;
 
-    const StepStrings stepStrings_;
+    const RenderStringSteps renderSteps_;
     StringSteps steps_;
     std::array<CStringDelay*, kLanes> lines_{};
     int count_ = 0;
-    int steadyLeft_ = 0;  // frames that stepStrings_ may still take
+    int steadyLeft_ = 0;  // frames that renderSteps_ may still take
     int unsettled_ = 0;   // frames that the lines have not been told of
 };
 

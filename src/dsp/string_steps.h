@@ -27,8 +27,9 @@ struct alignas(32) StringSteps {
 // Advances by `frames` frames in which every line takes one entry of the pass before a frame, both
 // passes at one and the same rate, and reaches no end of a pass but with the last frame. `inputs`
 // and `outputs` may be the same array.
-using StepStrings = void (*)(StringSteps& lines, const v128* inputs, v128* outputs, int frames);
-void stepStringsBaseline(StringSteps& lines, const v128* inputs, v128* outputs, int frames);
-void stepStringsWide(StringSteps& lines, const v128* inputs, v128* outputs, int frames);
+using RenderStringSteps = void (*)(StringSteps& lines, const v128* inputs, v128* outputs,
+                                   int frames);
+void renderStringStepsBaseline(StringSteps& lines, const v128* inputs, v128* outputs, int frames);
+void renderStringStepsWide(StringSteps& lines, const v128* inputs, v128* outputs, int frames);
 
 }  // namespace norava

@@ -21,7 +21,7 @@ NORAVA_INLINE v128 samplesAt(const std::byte* const* read, std::size_t offset) {
 
 }  // namespace
 
-void stepStringsWide(StringSteps& lines, const v128* inputs, v128* outputs, int frames) {
+void renderStringStepsWide(StringSteps& lines, const v128* inputs, v128* outputs, int frames) {
     v256d phase = loadLanes<v256d>(lines.phase);
     v256d stamp1 = loadLanes<v256d>(lines.stamp1);
     v256d sample0 = loadLanes<v256d>(lines.sample0);
