@@ -98,7 +98,7 @@ CImage* Import(const char* path, int id, const char* name, int scale,
         return nullptr;
     image->SetID(id);
     image->SetName(name);
-    return gImageBank.emplace_back(std::move(image), scale).image.get();
+    return gImageBank.emplace_back(Entry{std::move(image), scale}).image.get();
 }
 
 CImage* FindByID(int id, int scale) {

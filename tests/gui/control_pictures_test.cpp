@@ -16,7 +16,7 @@ namespace {
 class ControlPicture : public testing::TestWithParam<int> {
   protected:
     ControlPicture() {
-        window.paintBackground = [this](CGraphicBuffer& buffer, CRect part) {
+        window.paintBackground = [](CGraphicBuffer& buffer, CRect part) {
             CColor plate(47, 44, 42);
             buffer.FillRect(part, &plate);
         };
