@@ -98,6 +98,10 @@ class CControlMenu : public CControlDisplay {
     bool LostFocus() override;
     [[nodiscard]] bool WantsKeys() const override { return listOpen; }
 
+  protected:
+    // Whether pressing this button opens the closed menu.
+    [[nodiscard]] virtual bool OpensWith(int button) const { return button == kMouseLeft; }
+
   private:
     static constexpr int kNoButton = -1;
 

@@ -7,7 +7,7 @@ namespace norava {
 
 namespace {
 
-constexpr int kClosedTextEnd = 12;  // kept free for the arrow
+constexpr int kClosedTextEnd = 10;  // kept free for the arrow
 constexpr double kDisabledStrength = 0.45;
 constexpr int kMark = 4;
 constexpr CColor kMarkColor(246, 180, 92);

@@ -17,7 +17,7 @@ constexpr int kClickPixels = 3;
 bool CControlMenu::MouseDown() {
     if (pressedButton != kNoButton) return true;
     if (!listOpen) {
-        if (GetMouseBtn() != kMouseLeft || !BeginGesture(false)) return false;
+        if (!OpensWith(GetMouseBtn()) || !BeginGesture(false)) return false;
         if (items.empty()) {
             EndGesture();
             return true;

@@ -70,8 +70,8 @@ bool CControlNumber::MouseDoubleClick() {
 float CControlNumber::ToShownValue(float position) const {
     const float unit = ToUnit(position);
     const bool caught = hasNotch && !trackingOption &&
-                        std::fabs(unit - valueOnReset) < kCatchPixels * std::fabs(speed);
-    return caught ? valueOnReset : Quantize(unit);
+                        std::fabs(unit - GetNotch()) < kCatchPixels * std::fabs(speed);
+    return caught ? GetNotch() : Quantize(unit);
 }
 
 // Counts down what the detent holds; the value stays meanwhile.
@@ -89,10 +89,11 @@ void CControlNumber::DragBy(int pixels) {
     const float before = dragged;
     float position = before + static_cast<float>(pixels) * speed * (IsFine() ? zoom : 1.0f);
     if (trackingOption) position = ToUnit(position);
-    const bool crosses = (before < valueOnReset && valueOnReset <= position) ||
-                         (before > valueOnReset && valueOnReset >= position);
+    const float notch = GetNotch();
+    const bool crosses =
+        (before < notch && notch <= position) || (before > notch && notch >= position);
     if (hasNotch && trackingOption && crosses) {
-        position = valueOnReset;
+        position = notch;
         notchHold = kNotchPixels;
     }
     const float shown = ToShownValue(position);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "gui/control_display.h"
 
 namespace norava {
@@ -34,9 +36,11 @@ class CControlNumber : public CControlDisplay {
     virtual void SetAxisX() { horizontal = true; }
     virtual void SetAxisY() { horizontal = false; }
     [[nodiscard]] bool IsAxisX() const { return horizontal; }
-    // A detent at the reset value: a drag across it stops there for 100 pixels; one that keeps to
-    // the pointer catches it within a few pixels.
+    // A detent, at the reset value as made: a drag across it stops there for 100 pixels; one that
+    // keeps to the pointer catches it within a few pixels.
     virtual void SetHasNotch(bool on) { hasNotch = on; }
+    // Where the detent is when it is not at the reset value.
+    void SetNotchValue(float newValue) { notchValue = newValue; }
 
     void DrawToBuffer() override;
     bool MouseDown() override;
@@ -60,6 +64,7 @@ class CControlNumber : public CControlDisplay {
     [[nodiscard]] bool IsFine() const;
     [[nodiscard]] float ToShownValue(float position) const;
     [[nodiscard]] bool HoldsNotch(int pixels);
+    [[nodiscard]] float GetNotch() const { return notchValue.value_or(valueOnReset); }
     void DragBy(int pixels);
 
     float speed = 0.0025f;
@@ -72,6 +77,7 @@ class CControlNumber : public CControlDisplay {
     int pressedButton = kNoButton;
     bool horizontal = false;
     bool hasNotch = false;
+    std::optional<float> notchValue;
     int notchHold = 0;  // pixels of travel before the value leaves the detent
     float dragged = 0.0f;
 };

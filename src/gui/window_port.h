@@ -79,6 +79,9 @@ class CWindowPort {
     virtual void DrawToBuffer();
     virtual void DrawControlsToBuffer();
     virtual void UpdateScreen(CRect part);
+    // Paints what a full repaint would show there, with all that is modal or open. Controls are
+    // painted whole.
+    void RepaintPart(CRect part);
     virtual void UpdateScreen();
     // Null before the window has a size.
     [[nodiscard]] virtual CGraphicBuffer* GetGraphicBuffer();
@@ -174,7 +177,6 @@ class CWindowPort {
     };
     void DrawOverlay(const Overlay& overlay);
     void DrawOverlays(CRect part);
-    void RepaintPart(CRect part);
     [[nodiscard]] std::vector<CControlGroup*> ListGroupsInDrawingOrder() const;
     void DeleteDestroyedControls();
     [[nodiscard]] bool MayRedraw(const CControl* control) const;
