@@ -1,4 +1,5 @@
-#include "framework/plugin_editor_interface.h"
+#include "editor/built_in_pictures.h"
+#include "editor/norava_editor.h"
 #include "plugin/norava_def.h"
 #include "presets/factory_bank.h"
 #include "presets/preset_folders.h"
@@ -8,6 +9,34 @@
 
 namespace norava {
 
+namespace {
+
+class SynthLink final : public InstrumentLink {
+  public:
+    explicit SynthLink(CNoravaSynth& instrument) : synth(instrument) {}
+
+    CPresetList& GetPresetList() override { return synth.GetPresetList(); }
+    StringPeaks TakeStringPeaks() override {
+        return {Take(synth.String1Peak()), Take(synth.String2Peak())};
+    }
+
+  private:
+    static float Take(PeakMeter& meter) {
+        const float peak = meter.Get();
+        meter.Clear();
+        return peak;
+    }
+
+    CNoravaSynth& synth;
+};
+
+// Every renderer of this definition is the one that CreateRenderer makes.
+std::unique_ptr<InstrumentLink> LinkTo(CPluginRenderer& renderer) {
+    return std::make_unique<SynthLink>(static_cast<CNoravaSynth&>(renderer));
+}
+
+}  // namespace
+
 std::unique_ptr<CPluginRenderer> CNoravaDef::CreateRenderer() {
     LibraryPlace programs;
     programs.root = GetPresetRoot();
@@ -16,7 +45,7 @@ std::unique_ptr<CPluginRenderer> CNoravaDef::CreateRenderer() {
 }
 
 std::unique_ptr<CPluginEditorInterface> CNoravaDef::CreateEditor() {
-    return nullptr;
+    return std::make_unique<CNoravaEditor>(LinkTo, GetBuiltInPictures());
 }
 
 }  // namespace norava

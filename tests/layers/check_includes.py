@@ -21,7 +21,7 @@ ARROWS = {
     "editor": {"framework", "parameters", "gui", "presets", "presets/panel"},
     "plugin": {"framework", "parameters", "presets", "synth", "editor"},
     "host": {"framework", "plugin"},
-    "apps": {"framework", "parameters", "plugin", "synth", "editor", "gui", "files", "presets"},
+    "apps": {"framework", "parameters", "plugin", "synth", "editor", "gui", "gui/platform", "files", "presets"},
 }
 PRESETS_PANEL = re.compile(r"^preset_(list_editor|list_about_box|panel|browser)")
 # The interface of a host format is spoken in its own room only.
