@@ -1,0 +1,312 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "editor/built_in_pictures.h"
+#include "editor/host_keys.h"
+#include "editor/norava_editor.h"
+#include "editor/panel_layout.h"
+#include "editor/panel_text.h"
+#include "framework/plugin_instance.h"
+#include "gui/control_display.h"
+#include "gui/control_menu.h"
+#include "gui/pictures.h"
+#include "gui/platform/offscreen_view.h"
+#include "parameters/parameter_table.h"
+#include "presets/program_folder.h"
+
+namespace norava {
+namespace {
+
+using Log = std::vector<std::string>;
+
+class Link final : public InstrumentLink {
+  public:
+    Link(CNoravaSynth& instrument, StringPeaks& shownPeaks)
+        : synth(instrument), peaks(shownPeaks) {}
+    CPresetList& GetPresetList() override { return synth.GetPresetList(); }
+    StringPeaks TakeStringPeaks() override { return peaks; }
+
+  private:
+    CNoravaSynth& synth;
+    StringPeaks& peaks;
+};
+
+// A host with one instrument, whose panel is shown off-screen.
+class EditorTest : public testing::Test, public CPluginWrapper {
+  protected:
+    void SetUp() override {
+        test::NeedDefinition();
+        GetPluginInstance()->SetUIScalingFactor(1);
+        for (const char* name : {"A/One.norava", "A/Two.norava"})
+            folder.Write(name, test::Block(name[2] == 'O' ? 0.25f : 0.5f));
+        synth = std::make_unique<CNoravaSynth>(folder.Place());
+        synth->SetWrapper(this);
+        synth->Reset(48000.0);
+        synth->AwaitReadiness();
+        editor = std::make_unique<CNoravaEditor>(
+            [this](CPluginRenderer&) { return std::make_unique<Link>(*synth, peaks); },
+            GetBuiltInPictures());
+        editor->SetViewFactory([this](PlatformEvents& events, void*, CSize size, int scale) {
+            auto made = std::make_unique<OffscreenView>(events, size, scale);
+            view = made.get();
+            return made;
+        });
+        synth->SetEditor(editor.get());
+        editor->Connect(synth.get(), this);
+        editor->CreateEditorControls();
+        editor->SetZoom(1);
+        Open();
+    }
+    void TearDown() override {
+        editor->Connect(nullptr, nullptr);
+        editor.reset();
+    }
+    void Open() {
+        ASSERT_TRUE(editor->CanOpenEditor());
+        ASSERT_TRUE(editor->OpenEditor(this));
+        log.clear();
+    }
+
+    void ParameterChanged(int index, float value) override {
+        log.push_back("changed " + std::to_string(index));
+        EXPECT_EQ(value, synth->GetParamValue(index)) << index;
+    }
+    void BeginAutomation(int index) override { log.push_back("begin " + std::to_string(index)); }
+    void FinishAutomation(int index) override { log.push_back("end " + std::to_string(index)); }
+    bool ResizeEditor(int width, int height) override {
+        log.push_back("size " + std::to_string(width) + " " + std::to_string(height));
+        return true;
+    }
+
+    static CPoint CentreOf(int id) { return FindPanelControl(id)->rect.GetCenter(); }
+    float Shown(int id) { return editor->GetControlByID(id)->GetValue(); }
+    std::string Text(int id) {
+        return dynamic_cast<CControlDisplay*>(editor->GetControlByID(id))->GetText();
+    }
+    // Begin, one change or more, end; nothing for parameters that the host is not told of.
+    void ExpectOneGesture(int id) {
+        if (id >= kNumHostParameters) {
+            EXPECT_EQ(log, Log{}) << id;
+        } else if (log.size() < 3) {
+            ADD_FAILURE() << id << " reported " << log.size();
+        } else {
+            const std::string number = std::to_string(id);
+            EXPECT_EQ(log.front(), "begin " + number);
+            EXPECT_EQ(log.back(), "end " + number);
+            for (std::size_t i = 1; i + 1 < log.size(); ++i)
+                EXPECT_EQ(log[i], "changed " + number);
+        }
+        log.clear();
+    }
+
+    // Since the last call.
+    std::vector<CRect> Painted() { return view->TakePresented(); }
+
+    const test::ProgramFolder folder;
+    std::unique_ptr<CNoravaSynth> synth;
+    std::unique_ptr<CNoravaEditor> editor;
+    OffscreenView* view = nullptr;
+    InstrumentLink::StringPeaks peaks;
+    Log log;
+};
+
+TEST_F(EditorTest, EveryControlMovesItsParameterAndTellsTheHost) {
+    for (const Parameter& parameter : kParameters) {
+        if (parameter.control == ControlKind::none) continue;
+        const int id = parameter.index;
+        const float before = synth->GetParamValue(id);
+        const CPoint at = CentreOf(id);
+        if (parameter.control == ControlKind::menu) {
+            view->Click(at);
+            view->PressKey(kKeyHome);
+            view->PressKey(kKeyDown);
+            view->PressKey(kKeyEnter);
+            EXPECT_EQ(synth->GetParamValue(id), 1.0f) << parameter.name;
+            EXPECT_EQ(Text(id), parameter.items[1]);
+        } else if (parameter.control == ControlKind::button) {
+            view->Click(at);
+            EXPECT_EQ(synth->GetParamValue(id), before == 0.0f ? 1.0f : 0.0f) << parameter.name;
+        } else {
+            const bool isWide = FindPanelControl(id)->rect.width > 60;
+            view->Drag(at, isWide ? CPoint(at.x + 70, at.y) : CPoint(at.x, at.y - 70));
+            EXPECT_NE(synth->GetParamValue(id), before) << parameter.name;
+        }
+        EXPECT_EQ(Shown(id), synth->GetParamValue(id)) << parameter.name;
+        ExpectOneGesture(id);
+
+        const bool isDragged =
+            parameter.control != ControlKind::menu && parameter.control != ControlKind::button;
+        if (!isDragged) continue;
+        view->Click(at, kMouseRight);
+        EXPECT_EQ(synth->GetParamValue(id), parameter.defaultValue) << parameter.name;
+        log.clear();
+    }
+}
+
+TEST_F(EditorTest, FollowsWhatChangesElsewhere) {
+    for (const int id : {int{param::kMasterLevel}, int{param::kOctave}, int{param::kMatrix} + 1}) {
+        synth->SetParamValue(id, 0.75f);
+        synth->SetParamNeedUpdate(id);
+        view->Tick();
+        EXPECT_EQ(Shown(id), 0.75f) << id;
+    }
+    const std::string state = test::Block(0.5f, "Restored");
+    ASSERT_TRUE(synth->LoadState(state.data(), static_cast<int>(state.size())));
+    view->Tick();
+    EXPECT_EQ(Shown(param::kCombLevel), 0.5f);
+    EXPECT_EQ(Shown(param::kMatrix + 5), 0.5f);
+    EXPECT_EQ(Text(kProgramDisplay), "Restored");
+    EXPECT_EQ(log, Log{}) << "the host knows already";
+}
+
+TEST_F(EditorTest, StepsSavesLoadsAndResetsPrograms) {
+    EXPECT_EQ(Text(kProgramDisplay), "One");
+    view->Click(CentreOf(kNextProgram));
+    EXPECT_EQ(Text(kProgramDisplay), "Two");
+    EXPECT_EQ(Shown(param::kCombLevel), 0.5f);
+    view->Click(CentreOf(kNextProgram));
+    EXPECT_EQ(Text(kProgramDisplay), "Two") << "the last one";
+    view->Click(CentreOf(kPreviousProgram));
+    EXPECT_EQ(Text(kProgramDisplay), "One");
+
+    const auto choose = [this](int downs) {
+        view->Click(CentreOf(kOptionsMenu));
+        view->PressKey(kKeyHome);
+        for (int i = 0; i < downs; ++i)
+            view->PressKey(kKeyDown);
+        view->PressKey(kKeyEnter);
+    };
+    choose(2);
+    EXPECT_EQ(Text(kProgramDisplay), "<noname>");
+    EXPECT_EQ(Shown(param::kMasterLevel), GetParameter(param::kMasterLevel).defaultValue);
+    choose(1);
+    EXPECT_TRUE(editor->IsSuper()) << "asks for a file";
+    view->PressKey(kKeyEscape);
+    choose(0);
+    for (const char c : std::string("Mine"))
+        view->PressKey(static_cast<unsigned char>(c));
+    view->PressKey(kKeyEnter);
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("A/Mine.norava")));
+    view->PressKey(kKeyEnter);
+    EXPECT_FALSE(editor->IsSuper());
+    view->Click(CentreOf(kProgramDisplay));
+    EXPECT_TRUE(editor->IsSuper()) << "the browser";
+}
+
+TEST_F(EditorTest, TakesDroppedPrograms) {
+    const std::string good = folder.scratch.Write("Dropped.fxp", test::Fxp(test::Block(0.5f)));
+    EXPECT_TRUE(editor->DragEntered(good.c_str()));
+    EXPECT_TRUE(editor->DropFile(good.c_str()));
+    EXPECT_EQ(Text(kProgramDisplay), "Dropped");
+    EXPECT_FALSE(editor->IsSuper());
+    editor->DropFile(folder.scratch.Write("song.mid", "MThd").c_str());
+    EXPECT_TRUE(editor->IsSuper()) << "says why not";
+    EXPECT_EQ(Text(kProgramDisplay), "Dropped");
+}
+
+TEST_F(EditorTest, EndsGesturesAndPanelsWhenItCloses) {
+    view->MoveMouse(CentreOf(param::kTune));
+    view->PressMouse();
+    view->MoveMouse({CentreOf(param::kTune).x, 20});
+    editor->CloseEditor();
+    ExpectOneGesture(param::kTune);
+    for (int i = 0; i < 100; ++i) {
+        Open();
+        if (i % 2) editor->ShowBrowser();
+        if (i % 3 == 0) editor->processProgramOption(2);
+        view->Click(CentreOf(param::kDelayTempo));
+        view->Tick();
+        editor->CloseEditor();
+        EXPECT_FALSE(editor->IsSuper());
+    }
+}
+
+TEST_F(EditorTest, ZoomsInItsHostsWindow) {
+    view->Click(CentreOf(kNamePlate), kMouseRight);
+    view->PressKey(kKeyEnd);
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(log, Log{"size 2565 1596"});
+    EXPECT_EQ(editor->GetSize(), kPanelSize);
+    EXPECT_EQ(editor->GetEditorSize().width, 3 * 855);
+    EXPECT_EQ(view->GetStoredSize(), CSize(2565, 1596));
+    view->Click(CentreOf(kNamePlate));
+    EXPECT_TRUE(editor->IsSuper()) << "the about box";
+    editor->CloseEditor();
+    editor->SetZoom(1);
+    EXPECT_EQ(editor->GetEditorSize().height, 532);
+}
+
+TEST_F(EditorTest, PaintsStringsOnlyWhileTheyMove) {
+    view->Tick(10);  // the lamps have lit up
+    Painted();
+    view->Tick(3);
+    EXPECT_TRUE(Painted().empty()) << "silence";
+    peaks = {0.1f, 0.0f};
+    view->Tick();
+    EXPECT_EQ(Painted(), std::vector<CRect>{StringPicture::kMovingRows});
+    peaks = {};
+    view->Tick(100);
+    Painted();
+    view->Tick(3);
+    EXPECT_TRUE(Painted().empty()) << "they have come to rest";
+    editor->ShowBrowser();
+    peaks = {0.1f, 0.1f};
+    Painted();
+    view->Tick(3);
+    EXPECT_TRUE(Painted().empty()) << "behind the browser";
+    peaks = {NAN, INFINITY};
+    view->PressKey(kKeyEscape);
+    view->Tick(3);
+}
+
+TEST_F(EditorTest, LooksAsItShould) {
+    synth->SetParamsToDefault();
+    view->Tick(10);
+    test::ExpectLooksLike(*editor->GetGraphicBuffer(), "panel");
+    // Repainting any part gives what a full repaint gives.
+    CGraphicBuffer before(1);
+    before.SetSize(kPanelSize);
+    before.DrawImage(editor->GetGraphicBuffer(), CRect({0, 0}, kPanelSize), {0, 0});
+    for (const PanelControl& control : GetPanelControls())
+        editor->RedrawControl(control.id, false);
+    editor->RepaintPart(CRect(200, 150, 400, 200));
+    CGraphicBuffer after(1);
+    after.SetSize(kPanelSize);
+    after.DrawImage(editor->GetGraphicBuffer(), CRect({0, 0}, kPanelSize), {0, 0});
+    test::ExpectSamePixels(before, after);
+}
+
+TEST(PanelText, SpeaksInUnitsOfMusicians) {
+    const auto text = [](int index, float value) {
+        std::array<char, 64> shown{};
+        return FormatPanelValue(index, value, shown) ? std::string(shown.data()) : "host's";
+    };
+    EXPECT_EQ(text(param::kMasterLevel, 0.5f), "12.0 dB");
+    EXPECT_EQ(text(param::kTune, 0.0f), "-99 ct");
+    EXPECT_EQ(text(param::kTune, 1.0f), "+99 ct");
+    EXPECT_EQ(text(param::kAmpAttack, 0.0f), "1.0 ms");
+    EXPECT_EQ(text(param::kAmpDecay, 1.0f), "50.0 s");
+    EXPECT_EQ(text(param::kDelayTime, 0.5f), "520 ms");
+    EXPECT_EQ(text(param::kLoCutCutoff, 0.0f), "32.0 Hz");
+    EXPECT_EQ(text(param::kLoCutCutoff, 1.0f), "20.2 kHz");
+    EXPECT_EQ(text(param::kResonatorFrequency, 0.0f), "10.1 Hz");
+    EXPECT_EQ(text(param::kResonatorFrequency + 7, 1.0f), "9.60 kHz");
+    EXPECT_EQ(text(param::kOctave, 1.0f), "+3 oct");
+    EXPECT_EQ(text(param::kOctave, 2.0f / 6.0f), "-1 oct");
+    EXPECT_EQ(text(param::kCombLevel, 0.5f), "host's");
+    EXPECT_EQ(text(param::kTune, NAN), "0 ct");
+    EXPECT_EQ(text(param::kLfoRate, 1e30f), "10.0 Hz");
+}
+
+TEST(HostKeys, AreTheWindowsOwn) {
+    EXPECT_EQ(KeyFromHost({'a', 0, 0}), unsigned{'a'});
+    EXPECT_EQ(KeyFromHost({0, 13, 0}), unsigned{kKeyRight});
+    EXPECT_EQ(KeyFromHost({0xFF1B, 0, 0}), unsigned{kKeyEscape});
+    EXPECT_EQ(KeyFromHost({0, 58, 0}), 0u);
+    EXPECT_EQ(KeyFromHost({0, -5, 0}), 0u);
+    EXPECT_EQ(KeyFromHost({-1, 0, 0}), 0u);
+}
+
+}  // namespace
+}  // namespace norava
