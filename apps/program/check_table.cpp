@@ -51,6 +51,18 @@ std::string Remarks(const CheckedProgram& program) {
     return text;
 }
 
+std::string PitchRange(std::span<const CheckedProgram> programs, const char* title,
+                       double ProgramFigures::*cents) {
+    double lowest = std::numeric_limits<double>::infinity(), highest = -lowest;
+    for (const CheckedProgram& program : programs) {
+        if (program.entry.program.HasTag("pitched")) continue;
+        lowest = std::min(lowest, program.figures.*cents);
+        highest = std::max(highest, program.figures.*cents);
+    }
+    if (lowest > highest) return {};
+    return title + Cell(" %+.1f", lowest) + Cell(" to %+.1f cents", highest);
+}
+
 void WriteRange(std::ostream& out, std::span<const CheckedProgram> programs, const char* title,
                 bool highest) {
     out << Title(title);
@@ -84,6 +96,8 @@ void WriteCheckTable(std::ostream& out, std::span<const CheckedProgram> programs
     if (programs.empty()) return;
     WriteRange(out, programs, "lowest", false);
     WriteRange(out, programs, "highest", true);
+    const std::string a3 = PitchRange(programs, "not pitched: A3", &ProgramFigures::centsA3);
+    if (!a3.empty()) out << a3 << PitchRange(programs, ", C5", &ProgramFigures::centsC5) << '\n';
     out << programs.size() << " programs, " << faulty << " with faults\n";
 }
 

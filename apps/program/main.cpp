@@ -4,10 +4,12 @@
 #include <CLI/CLI.hpp>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 #include <iostream>
 
 #include "program/adjust.h"
 #include "program/bank_check.h"
+#include "program/check_picture.h"
 #include "program/check_table.h"
 #include "program_text/program_file.h"
 #include "render/bad_input.h"
@@ -24,6 +26,7 @@ struct Options {
     fs::path input;
     fs::path output;
     fs::path bank = "assets/programs";
+    fs::path picture;
     std::string only;
     int jobs = 2;
 };
@@ -50,6 +53,12 @@ int List(const Options& options) {
 int Check(const Options& options) {
     const std::vector<CheckedProgram> programs = CheckBank(Chosen(options), options.jobs);
     WriteCheckTable(std::cout, programs);
+    if (!options.picture.empty()) {
+        std::ofstream picture(options.picture);
+        WriteCheckPicture(picture, programs);
+        picture.close();
+        if (!picture) throw OutputError(options.picture.string() + ": cannot be written");
+    }
     const bool good = std::ranges::all_of(programs, [](const auto& p) { return p.faults.empty(); });
     return good ? 0 : kFaultStatus;
 }
@@ -88,6 +97,7 @@ int Run(int argc, const char* const* argv) {
     convert->add_option("output", options.output)->required();
     auto* list = app.add_subcommand("list", "List a bank's programs");
     auto* check = app.add_subcommand("check", "Render a bank's programs and measure them");
+    check->add_option("--picture", options.picture, "Draw the table into this SVG file, too");
     auto* adjust = app.add_subcommand(
         "adjust", "Rewrite Master Level, and the tuning of pitched programs, as the check wants");
     for (CLI::App* command : {list, check, adjust})
