@@ -1,0 +1,103 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "gui/x11_server.h"
+#include "host/vst_host.h"
+
+namespace norava {
+namespace {
+
+constexpr int kHiCutCutoff = 29;
+constexpr CPoint kOnCutoff{107, 126};
+
+// A host with a window on a display of its own.
+class PanelTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!server.IsRunning()) GTEST_SKIP() << "Xvfb is not installed";
+        desktop = std::make_unique<test::Desktop>();
+        instance = std::make_unique<VstInstance>();
+        parent = desktop->MakeWindow({0, 0, 1000, 700});
+    }
+    bool Open() {
+        return instance->Dispatch(vst::effEditOpen, 0, 0,
+                                  reinterpret_cast<void*>(std::uintptr_t{parent})) == 1;
+    }
+    template <typename Condition>
+    bool Idle(const Condition& until) {
+        for (int i = 0; i < 400 && !until(); ++i) {
+            instance->Dispatch(vst::effEditIdle);
+            usleep(5000);
+        }
+        return until();
+    }
+    // How many colours the panel's place on the screen shows.
+    std::size_t Colours() {
+        const auto words = desktop->Picture({0, 0, 855, 532});
+        return std::set<uint32_t>(words.begin(), words.end()).size();
+    }
+
+    test::Server server{{"-screen", "0", "1024x768x24"}};
+    std::unique_ptr<test::Desktop> desktop;
+    std::unique_ptr<VstInstance> instance;
+    xcb_window_t parent = 0;
+};
+
+TEST_F(PanelTest, OpensInTheHostsWindowAndReportsEdits) {
+    EXPECT_NE(instance->effect->flags & vst::effFlagsHasEditor, 0);
+    vst::ERect* rect = nullptr;
+    ASSERT_EQ(instance->Dispatch(vst::effEditGetRect, 0, 0, static_cast<void*>(&rect)), 1);
+    EXPECT_EQ(rect->right, 855);
+    EXPECT_EQ(rect->bottom, 532);
+    ASSERT_TRUE(Open());
+    EXPECT_TRUE(Idle([&] { return Colours() > 1000; }));
+
+    const float before = instance->Get(kHiCutCutoff);
+    desktop->MoveMouse(kOnCutoff);
+    desktop->Press();
+    Idle([&] { return !instance->edits.empty(); });
+    for (int i = 0; i < 8; ++i) {
+        desktop->MoveMouseBy({0, before < 0.5f ? -5 : 5});
+        for (int n = 0; n < 3; ++n)
+            instance->Dispatch(vst::effEditIdle);
+    }
+    desktop->Release();
+    ASSERT_TRUE(Idle([&] { return instance->edits.size() == 2; }));
+    EXPECT_EQ(instance->edits[0], std::pair(kHiCutCutoff, true));
+    EXPECT_EQ(instance->edits[1], std::pair(kHiCutCutoff, false));
+    ASSERT_FALSE(instance->automated.empty());
+    EXPECT_EQ(instance->automated.back(), std::pair(kHiCutCutoff, instance->Get(kHiCutCutoff)));
+    EXPECT_NE(instance->Get(kHiCutCutoff), before);
+    EXPECT_EQ(desktop->WhereIsMouse(), kOnCutoff) << "the pointer comes back";
+}
+
+TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
+    instance->Start(48000.0f);
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(Open()) << i;
+        instance->Dispatch(vst::effEditIdle);
+        instance->Note(60);
+        instance->Render(512);
+        if (i % 2) instance->Dispatch(vst::effEditClose);  // else it is moved by the next opening
+    }
+    ASSERT_TRUE(Open());
+    xcb_destroy_window(desktop->raw, parent);
+    desktop->Synchronise();
+    for (int i = 0; i < 5; ++i)
+        instance->Dispatch(vst::effEditIdle);
+    instance->Dispatch(vst::effEditClose);
+    parent = desktop->MakeWindow({0, 0, 1000, 700});
+    ASSERT_TRUE(Open());
+    server.Kill();
+    for (int i = 0; i < 5; ++i)
+        instance->Dispatch(vst::effEditIdle);
+    EXPECT_FALSE(Open());
+    instance->Note(64);
+    EXPECT_TRUE(IsFinite(instance->Render(4800)));
+    instance.reset();  // effClose with whatever is left of the panel
+}
+
+}  // namespace
+}  // namespace norava
