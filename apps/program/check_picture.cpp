@@ -61,7 +61,7 @@ const std::array kStrips{
     Strip{"velocity",
           "dB",
           0,
-          10,
+          20,
           kLeastVelocityRange,
           kAny,
           false,
@@ -135,8 +135,8 @@ void DrawHead(Svg& svg, int height) {
         svg.Text(left, 34, Short(strip.from) + " .. " + Short(strip.to) + ' ' + strip.unit,
                  " fill='#777'");
         if (!strip.isPitch) continue;
-        svg.Dot(left + kStripWidth - 30, 31, kColours[0], false);
-        svg.Dot(left + kStripWidth - 6, 31, kColours[1], false);
+        svg.Dot(left + kStripWidth - 28, 15, kColours[0], false);
+        svg.Dot(left + kStripWidth - 20, 15, kColours[1], false);
     }
     const double left = LeftOf(kStrips.size());
     svg.Text(left, 18, "nearest other", " font-weight='bold'");
