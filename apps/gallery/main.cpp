@@ -1,10 +1,8 @@
 // Shows every control of the toolkit in a window, or writes a picture of them in all their states.
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
-#include <thread>
 
 #include "gallery/gallery.h"
 #include "gallery/scenes.h"
@@ -15,14 +13,12 @@ constexpr const char* kUsage = "usage: norava-gallery [--png FILE] [--scale 1 to
 
 int ShowWindow(int scale) {
     norava::CGallery gallery(scale);
+    gallery.SetTitle("Norava controls");
     if (!gallery.Open()) {
         std::fprintf(stderr, "norava-gallery: no window can be opened here; try --png FILE\n");
         return 1;
     }
-    while (gallery.IsOpen()) {
-        gallery.RunEvents();
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    gallery.Run();
     return 0;
 }
 
