@@ -20,6 +20,8 @@ class LineMemory {
     static std::size_t sizeOf(std::size_t bytes);
 
   private:
+    void takeLargePages();
+
     std::shared_ptr<std::byte[]> block_;
     std::size_t size_ = 0;
     std::size_t used_ = 0;

@@ -70,12 +70,14 @@ void CNoravaFX::setSampleRate(double sampleRate) {
 void CNoravaFX::reserveLines() {
     if (sampleRate_ <= reservedRate_) return;
     reservedRate_ = std::max(sampleRate_, kReserveRate);
-    std::size_t bytes = CResonator::bytesFor(reservedRate_);
+    const auto reverbRate = static_cast<float>(reservedRate_);
+    std::size_t bytes = CResonator::bytesFor(reservedRate_) + fxReverb::bytesFor(reverbRate);
     for (const DelayLineShape& shape : kDelayShapes) {
         bytes += CTapeDelay::bytesFor(delayLineLength(shape, reservedRate_));
     }
     LineMemory memory(bytes);
     resonator_.reserve(reservedRate_, memory);
+    reverb_.reserve(reverbRate, memory);
     for (std::size_t i = 0; i < delayLines_.size(); ++i) {
         delayLines_[i].reserve(delayLineLength(kDelayShapes[i], reservedRate_), memory);
     }

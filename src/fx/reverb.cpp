@@ -13,10 +13,14 @@ namespace {
 
 constexpr float kLowestRate = 1000.0f;
 constexpr float kHighestRate = 768000.0f;
-constexpr int kReserveRate = 48000;
+constexpr float kReserveRate = 48000.0f;
 
 std::size_t at(int frame) {
     return static_cast<std::size_t>(frame);
+}
+
+std::size_t floatsFor(float sampleRate) {
+    return ReverbMemory::sizeOf(reverbLineCapacities(static_cast<int>(sampleRate)));
 }
 
 bool isParameter(int index) {
@@ -37,9 +41,16 @@ void fxReverb::setSampleRate(float sampleRate) {
     AllocBuffer();
 }
 
+std::size_t fxReverb::bytesFor(float sampleRate) {
+    return LineMemory::sizeOf(sizeof(float) * floatsFor(sampleRate));
+}
+
+void fxReverb::reserve(float sampleRate, LineMemory& memory) {
+    tank_.reserve(floatsFor(sampleRate), memory);
+}
+
 void fxReverb::AllocBuffer() {
-    tank_.allocate(reverbLineCapacities(static_cast<int>(sampleRate_)),
-                   ReverbMemory::sizeOf(reverbLineCapacities(kReserveRate)));
+    tank_.allocate(reverbLineCapacities(static_cast<int>(sampleRate_)), floatsFor(kReserveRate));
     CookParameters();
 }
 

@@ -37,6 +37,11 @@ class fxReverb {
     // audio thread.
     void setSampleRate(float sampleRate);
 
+    // Takes memory for lines at this sample rate out of `memory`, to be followed by setSampleRate.
+    // `bytesFor` tells how much that is.
+    void reserve(float sampleRate, LineMemory& memory);
+    static std::size_t bytesFor(float sampleRate);
+
     // Indices 0..17, values 0..1; others are ignored, or kept as they came and used within the
     // range.
     void setParameter(int index, float value);

@@ -18,14 +18,20 @@ std::size_t ReverbMemory::sizeOf(const ReverbLengths& lengths) {
         [](std::size_t sum, int n) { return sum + static_cast<std::size_t>(n); });
 }
 
-void ReverbMemory::allocate(const ReverbLengths& capacities, std::size_t reserve) {
+void ReverbMemory::reserve(std::size_t floats, LineMemory& memory) {
+    if (floats <= capacity_ && memory_) return;
+    memory_ = memory.take(floats * sizeof(float));
+    capacity_ = memory_ ? floats : 0;
+}
+
+void ReverbMemory::allocate(const ReverbLengths& capacities, std::size_t leastFloats) {
     const std::size_t needed = sizeOf(capacities);
     if (needed > capacity_) {
-        memory_.reset();
-        capacity_ = std::max(needed, reserve);
-        memory_ = std::make_unique<float[]>(capacity_);
+        const std::size_t floats = std::max(needed, leastFloats);
+        LineMemory own(floats * sizeof(float));
+        reserve(floats, own);
     }
-    float* next = memory_.get();
+    auto* next = reinterpret_cast<float*>(memory_.get());
     for (std::size_t i = 0; i < lines_.size(); ++i) {
         lines_[i] = {next, capacities[i], capacities[i], 0};
         next += capacities[i];

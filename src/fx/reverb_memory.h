@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "dsp/line_memory.h"
 #include "fx/reverb_coefficients.h"
 #include "fx/reverb_line.h"
 
@@ -21,9 +22,12 @@ class ReverbMemory {
   public:
     static constexpr float kEmptyCell = 1e-30f;
 
+    // Takes `floats` floats out of `memory`, if there are fewer so far; to be followed by allocate.
+    void reserve(std::size_t floats, LineMemory& memory);
+
     // Lines of these capacities and as many frames long, empty, positions 0. New memory is taken
-    // only if there is too little, and then at least `reserve` floats. Not on the audio thread.
-    void allocate(const ReverbLengths& capacities, std::size_t reserve);
+    // only if there is too little, and then at least `leastFloats` floats. Not on the audio thread.
+    void allocate(const ReverbLengths& capacities, std::size_t leastFloats);
 
     // Takes over lengths and taps; a position beyond its line comes round. Takes long if they
     // differ from the present ones; what counts as empty is filled then.
@@ -61,7 +65,7 @@ class ReverbMemory {
     void fillAhead(int frames);
     void fillEverything();
 
-    std::unique_ptr<float[]> memory_;
+    std::shared_ptr<std::byte[]> memory_;
     std::size_t capacity_ = 0;  // floats in memory_
     std::array<ReverbLine, kReverbLines> lines_;
     ReverbGeometry geometry_;

@@ -32,6 +32,7 @@ class ReverbTank {
     void allocate(const ReverbLengths& capacities, std::size_t reserve) {
         memory_.allocate(capacities, reserve);
     }
+    void reserve(std::size_t floats, LineMemory& memory) { memory_.reserve(floats, memory); }
     void setCoefficients(const ReverbCoefficients& coefficients);
     void clearRoom() { memory_.clearRoom(); }
     void suspend();
