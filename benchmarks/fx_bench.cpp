@@ -4,7 +4,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 #include <random>
 #include <vector>
@@ -86,13 +85,13 @@ class Rig {
     }
     void fallSilent() { std::fill(source_.begin(), source_.end(), 0.0f); }
     // A thousand frames at least, so that the clock's own cost does not count.
-    double cyclesPerFrame() {
-        const int blocks = std::max(1024 / static_cast<int>(left_.size()), 1);
-        const double cycles = coreCyclesOnce([&] {
-            for (int i = 0; i < blocks; ++i)
+    int measuredBlocks() const { return std::max(1024 / static_cast<int>(left_.size()), 1); }
+    double measuredFrames() const { return measuredBlocks() * static_cast<double>(left_.size()); }
+    void measure(Measurements& measured) {
+        measured.take([&] {
+            for (int i = 0; i < measuredBlocks(); ++i)
                 block();
         });
-        return cycles / (blocks * static_cast<double>(left_.size()));
     }
 
   private:
@@ -127,14 +126,14 @@ void effects(benchmark::State& state, unsigned on, int blockFrames, Input input)
         product.play(20.0);
         twin.play(20.0);
     }
-    double least = std::numeric_limits<double>::infinity();
-    double leastOfTwin = least;
+    Measurements ofProduct;
+    Measurements ofTwin;
     for (auto _ : state) {
-        least = std::min(least, product.cyclesPerFrame());
-        leastOfTwin = std::min(leastOfTwin, twin.cyclesPerFrame());
+        product.measure(ofProduct);
+        twin.measure(ofTwin);
     }
-    state.counters["cycles/frame"] = least;
-    state.counters["twin/product"] = leastOfTwin / least;
+    state.counters["cycles/frame"] = ofProduct.undisturbed() / product.measuredFrames();
+    state.counters["twin/product"] = ofTwin.undisturbed() / ofProduct.undisturbed();
 }
 BENCHMARK_CAPTURE(effects, idle, none, kBlockFrames, Input::silence);
 BENCHMARK_CAPTURE(effects, highPass, none, kBlockFrames, Input::sound);

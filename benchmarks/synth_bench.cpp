@@ -5,9 +5,14 @@
 #if defined(__GLIBC__)
 #include <malloc.h>
 #endif
+#if defined(__linux__)
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <limits>
 #include <memory>
 #include <vector>
@@ -131,6 +136,30 @@ void worstBlock(benchmark::State& state, bool ending) {
 BENCHMARK_CAPTURE(worstBlock, noteOns84, false)->Iterations(30);
 BENCHMARK_CAPTURE(worstBlock, noteEnds84, true)->Iterations(30);
 
+// What the process has mapped; 0 where nobody tells.
+double MappedBytes() {
+#if defined(__GLIBC__)
+    malloc_trim(0);
+#endif
+    long pages = 0;
+#if defined(__linux__)
+    std::ifstream("/proc/self/statm") >> pages;
+    pages *= sysconf(_SC_PAGESIZE);
+#endif
+    return static_cast<double>(pages);
+}
+
+// Pages that this process had to wait for so far.
+long PageFaults() {
+#if defined(__linux__)
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_minflt + usage.ru_majflt;
+#else
+    return 0;
+#endif
+}
+
 // A whole state, or a reset in the callback, in one block of a chord with every effect.
 void loadState(benchmark::State& state) {
     Bench bench;
@@ -146,21 +175,63 @@ void loadState(benchmark::State& state) {
 }
 BENCHMARK(loadState)->Unit(benchmark::kMicrosecond);
 
+// The block in which a program takes the instrument's sound away, against the blocks before it.
+void resetBlock(benchmark::State& state) {
+    constexpr int kBlocks = 20;
+    Bench bench;
+    bench.UseEveryEffect();
+    std::vector<char> program(kStateSize);
+    bench.player.synth.SaveState(program.data());
+    Measurements resets;
+    Measurements others;
+    for (auto _ : state) {
+        for (int note = 0; note < 8; ++note)
+            bench.player.NoteOn(45 + 5 * note);
+        bench.Seconds(0.1, kBlockFrames);
+        for (int i = 0; i < kBlocks; ++i)
+            others.take([&] { bench.Block(kBlockFrames); });
+        bench.player.synth.LoadProgram(program.data(), kStateSize, "program");
+        resets.take([&] { bench.Block(kBlockFrames); });
+    }
+    state.counters["worst/median"] = resets.quantile(0.5) / others.quantile(0.5);
+}
+BENCHMARK(resetBlock)->Iterations(100);
+
+// How long a host waits for the blocks of a chord with every effect, interruptions by whatever else
+// the machine does included; and the pages that were missing meanwhile.
+void blockSpread(benchmark::State& state) {
+    constexpr std::size_t kBlocks = 100000;
+    Bench bench;
+    bench.UseEveryEffect();
+    for (int note = 0; note < 8; ++note)
+        bench.player.NoteOn(45 + 5 * note);
+    bench.Seconds(0.5, kBlockFrames);
+    std::vector<double> microseconds(kBlocks, 0.0);
+    for (auto _ : state) {
+        const long faults = PageFaults();
+        for (double& time : microseconds) {
+            const auto start = detail::Clock::now();
+            bench.Block(kBlockFrames);
+            time = 1e-3 * detail::nanosecondsBetween(start, detail::Clock::now());
+        }
+        state.counters["page faults"] = static_cast<double>(PageFaults() - faults);
+    }
+    std::ranges::sort(microseconds);
+    state.counters["median us"] = microseconds[kBlocks / 2];
+    state.counters["99.9% us"] = microseconds[kBlocks - kBlocks / 1000];
+    state.counters["worst us"] = microseconds.back();
+}
+BENCHMARK(blockSpread)->Iterations(1);
+
 void makeAndReset(benchmark::State& state) {
     for (auto _ : state) {
         const auto bench = std::make_unique<Bench>(44100.0);
         bench->player.synth.Reset(kSampleRate);
         benchmark::DoNotOptimize(bench.get());
     }
-#if defined(__GLIBC__)
-    const auto inUse = [] {
-        const struct mallinfo2 info = mallinfo2();
-        return info.uordblks + info.hblkhd;
-    };
-    const std::size_t before = inUse();
+    const double before = MappedBytes();
     const auto player = std::make_unique<Player>(kSampleRate);
-    state.counters["MB"] = static_cast<double>(inUse() - before) / 1.0e6;
-#endif
+    state.counters["MB"] = (MappedBytes() - before) / 1.0e6;
 }
 BENCHMARK(makeAndReset)->Unit(benchmark::kMillisecond);
 
