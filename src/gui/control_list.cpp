@@ -33,7 +33,6 @@ void CControlList::AddItem(const char* text) {
 }
 
 void CControlList::DeleteAllItems() {
-    // The bar keeps its place until the new rows are laid out.
     items.clear();
 }
 

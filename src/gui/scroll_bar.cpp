@@ -15,10 +15,10 @@ constexpr float kThumbRadius = 3.0f;
 }  // namespace
 
 bool ScrollBar::Reveal(int row) {
-    const int before = top;
-    if (row < top) SetTop(static_cast<float>(row));
-    if (row >= top + visible) SetTop(static_cast<float>(row - visible + 1));
-    return top != before;
+    const int before = GetTop();
+    if (row < before) SetTop(static_cast<float>(row));
+    if (row >= before + visible) SetTop(static_cast<float>(row - visible + 1));
+    return GetTop() != before;
 }
 
 bool ScrollBar::TurnWheel(float up) {
@@ -28,9 +28,9 @@ bool ScrollBar::TurnWheel(float up) {
     wheelRest += up * kRowsPerNotch;
     const float rows = std::trunc(wheelRest);
     wheelRest -= rows;
-    const int before = top;
-    SetTop(static_cast<float>(top) - rows);
-    return top != before;
+    const int before = GetTop();
+    SetTop(static_cast<float>(before) - rows);
+    return GetTop() != before;
 }
 
 CRect ScrollBar::GetThumb() const {
@@ -38,7 +38,8 @@ CRect ScrollBar::GetThumb() const {
     const int height = std::clamp(static_cast<int>(int64_t{room} * visible / std::max(1, total)),
                                   std::min(kMinThumb, std::max(0, room)), std::max(0, room));
     const int travel = room - height;
-    const int way = GetLastTop() > 0 ? static_cast<int>(int64_t{travel} * top / GetLastTop()) : 0;
+    const int way =
+        GetLastTop() > 0 ? static_cast<int>(int64_t{travel} * GetTop() / GetLastTop()) : 0;
     return {track.left + kThumbMargin, track.top + kThumbMargin + way,
             track.width - 2 * kThumbMargin, height};
 }
@@ -50,7 +51,7 @@ void ScrollBar::Press(CPoint mouse) {
         grabbedAt = mouse.y - thumb.top;
     } else {
         const int page = std::max(1, visible - 1);
-        SetTop(static_cast<float>(mouse.y < thumb.top ? top - page : top + page));
+        SetTop(static_cast<float>(mouse.y < thumb.top ? GetTop() - page : GetTop() + page));
     }
 }
 
@@ -60,10 +61,10 @@ bool ScrollBar::Drag(CPoint mouse) {
     const int travel = track.height - 2 * kThumbMargin - thumb.height;
     if (travel < 1) return false;
     const int64_t way = int64_t{mouse.y} - grabbedAt - track.top - kThumbMargin;
-    const int before = top;
+    const int before = GetTop();
     SetTop(std::round(static_cast<float>(way) * static_cast<float>(GetLastTop()) /
                       static_cast<float>(travel)));
-    return top != before;
+    return GetTop() != before;
 }
 
 void ScrollBar::Draw(CGraphicBuffer& buffer, const Colors& colors) const {

@@ -18,11 +18,11 @@ class ScrollBar {
         CColor thumbHeld{133, 120, 97};
     };
 
-    // `total` rows of which `visible` are seen at once.
+    // `total` rows of which `visible` are seen at once. The place is kept, also while rows are
+    // taken away and filled in again.
     void SetRows(int totalRows, int visibleRows) {
         total = std::max(0, totalRows);
         visible = std::max(1, visibleRows);
-        SetTop(static_cast<float>(top));
     }
     void SetTrack(CRect newTrack) { track = newTrack; }
     [[nodiscard]] CRect GetTrack() const { return track; }
@@ -33,7 +33,7 @@ class ScrollBar {
         const auto last = static_cast<float>(GetLastTop());
         top = row > 0 ? static_cast<int>(std::min(row, last)) : 0;
     }
-    [[nodiscard]] int GetTop() const { return top; }
+    [[nodiscard]] int GetTop() const { return std::min(top, GetLastTop()); }
     [[nodiscard]] int GetVisible() const { return visible; }
     // Scrolls as little as shows that row. Whether anything moved.
     bool Reveal(int row);
@@ -57,7 +57,7 @@ class ScrollBar {
     CRect track;
     int total = 0;
     int visible = 1;
-    int top = 0;
+    int top = 0;  // as it was set; there may be fewer rows now
     float wheelRest = 0.0f;
     bool held = false;
     int grabbedAt = 0;  // pixels from the thumb's top

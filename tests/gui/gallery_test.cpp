@@ -209,7 +209,8 @@ class Storm {
             controls[static_cast<size_t>(random.Below(static_cast<int>(controls.size())))];
         switch (random.Below(12)) {
             case 0:
-                return gallery.DestroyControl(victim);
+                // All but the line that the gallery itself writes into.
+                return victim->GetID() > 0 ? gallery.DestroyControl(victim) : void();
             case 1:
                 return gallery.Close();
             case 2:
