@@ -42,11 +42,21 @@ function(norava_room name)
   endforeach()
 endfunction()
 
-# norava_test(<name> <libraries> ...): one GoogleTest program from every source of the folder this is called in.
+# norava_test(<name> <libraries> ... [SLOW <pattern of tests> ...]): one GoogleTest program from every source of the
+# folder this is called in. The tests named after SLOW get that label too: one thread's long work, which takes minutes
+# under the thread sanitizer and cannot race with itself. They run everywhere else.
 function(norava_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 test "" "" "SLOW")
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
   add_executable(test_${name} ${sources})
   target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-  target_link_libraries(test_${name} PRIVATE norava_flags ${ARGN} GTest::gtest GTest::gmock GTest::gtest_main)
-  gtest_discover_tests(test_${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS ${name})
+  target_link_libraries(test_${name} PRIVATE norava_flags ${test_UNPARSED_ARGUMENTS}
+    GTest::gtest GTest::gmock GTest::gtest_main)
+  string(JOIN ":" slow ${test_SLOW})
+  if(slow)
+    gtest_discover_tests(test_${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+      TEST_FILTER "${slow}" TEST_LIST test_${name}_slow PROPERTIES LABELS "${name};slow")
+  endif()
+  gtest_discover_tests(test_${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    TEST_FILTER "-${slow}" PROPERTIES LABELS ${name})
 endfunction()
