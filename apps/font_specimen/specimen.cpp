@@ -3,9 +3,11 @@
 // times have.
 #include <png.h>
 
+#include <charconv>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "gui/graphic_buffer.h"
@@ -96,7 +98,12 @@ class PngFile : public PixelTarget {
 }  // namespace norava
 
 int main(int count, char** arguments) {
-    const int scale = count == 3 ? std::atoi(arguments[2]) : 1;
+    int scale = 1;
+    if (count == 3) {
+        const std::string_view text = arguments[2];
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), scale);
+        if (error != std::errc() || end != text.data() + text.size()) scale = 0;
+    }
     if (count < 2 || count > 3 || scale < 1 || scale > norava::CGraphicBuffer::kMaxScaleFactor) {
         std::fprintf(stderr, "usage: norava-font-specimen PICTURE.png [scale 1 to 4]\n");
         return 2;

@@ -37,6 +37,7 @@ void FindNearest(std::vector<CheckedProgram>& programs) {
 
 std::vector<CheckedProgram> CheckBank(std::vector<BankEntry> bank, int threads) {
     std::vector<CheckedProgram> programs;
+    programs.reserve(bank.size());
     for (BankEntry& entry : bank)
         programs.push_back({std::move(entry), {}, 0.0, {}, {}});
     MeasureAll(programs, threads);

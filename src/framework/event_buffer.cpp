@@ -32,8 +32,8 @@ void CEventBuffer::DeleteEventData(void* data) {
 // Records
 
 bool CEventBuffer::IsPooled(const void* memory) const noexcept {
-    const std::less_equal<const void*> notAfter;
-    return notAfter(&pool[0], memory) && !notAfter(pool.get() + kPoolSize, memory);
+    const std::less_equal<> notAfter;
+    return notAfter(pool.get(), memory) && !notAfter(pool.get() + kPoolSize, memory);
 }
 
 CEventBuffer::Event* CEventBuffer::TakeRecord() {

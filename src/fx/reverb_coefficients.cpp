@@ -58,7 +58,8 @@ void cookEarlyReflections(ReverbCoefficients& c, const ReverbValues& v, std::int
     constexpr std::array<double, kReverbEarlyTaps> kRightSigns{1, -1, 1, 1, -1, 1, 1, -1};
     auto& left = c.geometry.earlyLeftTaps;
     auto& right = c.geometry.earlyRightTaps;
-    const auto e = static_cast<double>(rate * (v[kReverbRoomSize] + 3) / 103);
+    const std::int64_t whole = rate * (v[kReverbRoomSize] + 3) / 103;
+    const auto e = static_cast<double>(whole);
     for (std::size_t i = 0; i < kReverbEarlyTaps; ++i) {
         left[i] = static_cast<int>(1.5 * kEarlyLeftPoints[i] * e / kEarlyBaseRate);
         right[i] = static_cast<int>(1.5 * kEarlyRightPoints[i] * e / kEarlyBaseRate);

@@ -156,7 +156,8 @@ void CControlMenu::OpenList() {
     listOpacity = 0.0f;
     hovered = GetItemByNum(GetSelectedItemID()) ? GetSelectedItemID() : -1;
     // The selected one in the middle, where it can be.
-    bar.SetTop(static_cast<float>(hovered - bar.GetVisible() / 2));
+    const int top = hovered - bar.GetVisible() / 2;
+    bar.SetTop(static_cast<float>(top));
     SetSuper(true);
     Redraw();
     ShowList();

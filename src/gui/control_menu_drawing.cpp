@@ -43,7 +43,7 @@ void CControlMenu::DrawClosed(CGraphicBuffer& buffer) const {
 }
 
 void CControlMenu::DrawToBuffer() {
-    CControl::DrawBackground();
+    DrawBackground(GetRect());
     const PaintScope scope(GetGraphicBuffer(), GetRect());
     if (scope) DrawClosed(*GetGraphicBuffer());
 }

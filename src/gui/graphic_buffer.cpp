@@ -154,7 +154,7 @@ void CGraphicBuffer::BlendBlock(uint32_t* block, uint32_t word) {
 }
 
 CColor CGraphicBuffer::GetColorAt(int x, int y) const {
-    if (!IsSafe() || !CRect(0, 0, size).IsPointInside({x, y})) return CColor(0, 0);
+    if (!IsSafe() || !CRect(0, 0, size).IsPointInside({x, y})) return {0, 0};
     return CColor::FromWord(*BlockAt(x, y));
 }
 

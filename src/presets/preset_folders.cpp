@@ -15,7 +15,7 @@ std::string GetPluginFolder() {
     return "/Library/Application Support/Hollo-Vane/Norava";
 #else
     const std::string module = file_system::ModuleFolder();
-    const std::string beside = module + "/Norava";
+    std::string beside = module + "/Norava";
     if (!module.empty() && file_system::KindOf(beside.c_str()) == file_system::EntryKind::folder)
         return beside;
 #if defined(_WIN32)

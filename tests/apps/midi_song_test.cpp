@@ -106,7 +106,7 @@ TEST(MidiSong, ATrackCutAtAnyByteIsRefusedEvenInAWholeChunk) {
     for (std::size_t length = 0; length <= events.size(); ++length) {
         const Bytes cut(events.begin(), events.begin() + std::ptrdiff_t(length));
         const bool whole = std::count(std::begin(messageEnds), std::end(messageEnds), length) > 0;
-        EXPECT_EQ(ErrorOf(Header(0, 1) + Chunk("MTrk", cut)) == "", whole) << length << " bytes";
+        EXPECT_EQ(ErrorOf(Header(0, 1) + Chunk("MTrk", cut)).empty(), whole) << length << " bytes";
     }
 }
 

@@ -66,7 +66,8 @@ TEST(StringDelay, RingsAtItsPitch) {
         return std::hypot(re, im);
     };
     double best = 240.0;
-    for (double period = 240.0; period < 248.0; period += 0.04) {
+    for (int i = 0; i < 200; ++i) {
+        const double period = 240.0 + 0.04 * i;
         if (level(period) > level(best)) best = period;
     }
     EXPECT_NEAR(best, 1.0 / line.rate() + 2.0, 0.05);

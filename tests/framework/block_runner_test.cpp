@@ -33,10 +33,10 @@ class LoggingRenderer : public CPluginRenderer {
             ++frame;
         }
     }
-    void ApplyPendingValues() override { log.push_back("apply"); }
+    void ApplyPendingValues() override { log.emplace_back("apply"); }
     void MIDINoteOn(int note) override { log.push_back("note " + std::to_string(note)); }
     bool TransportChanged(bool playing) override {
-        log.push_back(playing ? "play" : "stop");
+        log.emplace_back(playing ? "play" : "stop");
         return playing;
     }
 

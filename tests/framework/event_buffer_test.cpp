@@ -77,6 +77,7 @@ TEST(EventBuffer, MergesTheSameWayWhereverTheLastInsertionWas) {
                     ++at;
             expected.insert(at, {position, i});
         }
+        expectedNumbers.reserve(expected.size());
         for (const auto& [position, number] : expected)
             expectedNumbers.push_back(number);
         EXPECT_EQ(Numbers(buffer), expectedNumbers);

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "framework/shared_text.h"
 
@@ -14,8 +13,10 @@ namespace {
 // Writers set texts of one repeated letter whose length belongs to the letter: any mixture of two
 // texts shows.
 std::string TextOf(int number) {
-    return std::string(static_cast<std::size_t>(1 + number * 31 % 250),
-                       static_cast<char>('a' + number % 26));
+    std::string text;
+    text.assign(static_cast<std::size_t>(1 + number * 31 % 250),
+                static_cast<char>('a' + number % 26));
+    return text;
 }
 
 bool IsWhole(const std::string& text) {
@@ -30,9 +31,9 @@ TEST(SharedText, IsNeverTornByManyWriters) {
     CSharedText<256, 5> text(TextOf(0));
     std::atomic<bool> done = false;
     std::atomic<int> numTorn = 0;
-    std::vector<std::thread> threads;
-    for (int reader = 0; reader < 2; ++reader) {
-        threads.emplace_back([&] {
+    std::array<std::thread, 2> readers;
+    for (auto& reader : readers) {
+        reader = std::thread([&] {
             std::array<char, 256> read;
             while (!done) {
                 text.Get(read);
@@ -40,9 +41,9 @@ TEST(SharedText, IsNeverTornByManyWriters) {
             }
         });
     }
-    std::vector<std::thread> writers;
+    std::array<std::thread, 3> writers;
     for (int writer = 0; writer < 3; ++writer) {
-        writers.emplace_back([&text, writer] {
+        writers[static_cast<std::size_t>(writer)] = std::thread([&text, writer] {
             for (int i = 0; i < 20000; ++i)
                 text.Set(TextOf((i * 7 + writer) % 26));
         });
@@ -50,8 +51,8 @@ TEST(SharedText, IsNeverTornByManyWriters) {
     for (auto& writer : writers)
         writer.join();
     done = true;
-    for (auto& thread : threads)
-        thread.join();
+    for (auto& reader : readers)
+        reader.join();
     EXPECT_EQ(numTorn, 0);
 }
 

@@ -3,11 +3,11 @@
 #ifndef NORAVA_SANITIZED  // the sanitizers bring twins of their own
 
 #include <dlfcn.h>
-#include <errno.h>
 #include <pthread.h>
 #include <sys/prctl.h>
 #include <ucontext.h>
 
+#include <cerrno>
 #include <cstddef>
 
 #ifndef PR_SET_SYSCALL_USER_DISPATCH
@@ -55,11 +55,13 @@ void OnSystemCall(int, siginfo_t* info, [[maybe_unused]] void* context) {
 #define NORAVA_TWIN extern "C" __attribute__((visibility("default")))
 
 extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier): the C library's own names
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
 void* __libc_realloc(void*, std::size_t);
 void __libc_free(void*);
 void* __libc_memalign(std::size_t, std::size_t);
+// NOLINTEND(bugprone-reserved-identifier)
 }
 
 NORAVA_TWIN void* malloc(std::size_t size) {
@@ -92,6 +94,7 @@ NORAVA_TWIN int posix_memalign(void** target, std::size_t alignment, std::size_t
     return *target != nullptr ? 0 : ENOMEM;
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a name and a type
 #define NORAVA_LOCK_TWIN(name, type)                      \
     NORAVA_TWIN int name(type* lock) {                    \
         static const auto next = Next<int(type*)>(#name); \
@@ -103,6 +106,7 @@ NORAVA_LOCK_TWIN(pthread_mutex_trylock, pthread_mutex_t)
 NORAVA_LOCK_TWIN(pthread_rwlock_rdlock, pthread_rwlock_t)
 NORAVA_LOCK_TWIN(pthread_rwlock_wrlock, pthread_rwlock_t)
 #undef NORAVA_LOCK_TWIN
+// NOLINTEND(bugprone-macro-parentheses)
 
 namespace norava {
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <unistd.h>
+
+#include <csignal>
 #if defined(__SSE__)
 #include <xmmintrin.h>
 #endif

@@ -61,7 +61,9 @@ inline double CentsAbove(Samples samples, double rate, double hertz) {
         const double periods = std::max(1.0, std::floor(hertz * stage.seconds));
         double least = 1.0e300;
         double found = best;
-        for (double c = best - stage.reach; c <= best + stage.reach; c += stage.step) {
+        const int steps = static_cast<int>(std::lround(2.0 * stage.reach / stage.step));
+        for (int i = 0; i <= steps; ++i) {
+            const double c = best - stage.reach + i * stage.step;
             const double lag = periods * rate / (hertz * std::exp2(c / 1200.0));
             const double difference = Difference(samples, lag);
             if (difference < least) {

@@ -160,7 +160,8 @@ double Cents(const Stereo& s) {
 }
 double Swing(const Stereo& s) {
     double most = 0.0, least = 1.0e9;
-    for (double at = 0.3; at < 0.95; at += 0.02) {
+    for (int i = 0; i < 33; ++i) {
+        const double at = 0.3 + 0.02 * i;
         const double level = Rms(Part(s.left, at, at + 0.02));
         most = std::max(most, level);
         least = std::min(least, level);

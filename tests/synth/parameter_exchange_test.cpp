@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstring>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -110,7 +111,7 @@ TEST(Threads, MeetWithoutTearingAStateOrAValue) {
     const auto stateOf = [](float value, const char* name) {
         InstrumentState state;
         state.values.fill(value);
-        std::strcpy(state.name.data(), name);
+        std::ranges::copy(std::string_view(name), state.name.begin());
         std::vector<char> block(kStateSize);
         WriteStateBlock(state, block.data());
         return block;

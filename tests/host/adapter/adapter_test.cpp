@@ -34,7 +34,7 @@ iptr HostAnswer(AEffect* effect, i32 opcode, i32 index, iptr value, void* ptr, f
         case audioMasterVersion:
             return fakeHost->version;
         case audioMasterGetVendorString:
-            std::strcpy(static_cast<char*>(ptr), "Vendor");
+            std::memcpy(ptr, "Vendor", sizeof("Vendor"));
             return 1;
         case audioMasterGetProductString:
             return 0;  // some hosts write nothing

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "framework/plugin_editor_interface.h"
@@ -26,7 +28,7 @@ struct FakeLog {
 class FakeRenderer final : public CPluginRenderer {
   public:
     explicit FakeRenderer(FakeLog& fakeLog) : log(fakeLog) {}
-    ~FakeRenderer() override { log.entries.push_back("renderer gone"); }
+    ~FakeRenderer() override { log.entries.emplace_back("renderer gone"); }
 
     void Reset(double hz) override {
         CPluginRenderer::Reset(hz);
@@ -54,7 +56,7 @@ class FakeRenderer final : public CPluginRenderer {
         CPluginRenderer::GetParamDisplay(index, text);
     }
     int SaveState(char* buffer) override {
-        if (buffer != nullptr) std::memcpy(buffer, "state", 5);
+        if (buffer != nullptr) std::ranges::copy(std::string_view("state"), buffer);
         return 5;
     }
     bool LoadState(const char* data, int size) override {
@@ -69,7 +71,7 @@ class FakeRenderer final : public CPluginRenderer {
 class FakeEditor final : public CPluginEditorInterface {
   public:
     explicit FakeEditor(FakeLog& fakeLog) : log(fakeLog) {}
-    ~FakeEditor() override { log.entries.push_back("editor gone"); }
+    ~FakeEditor() override { log.entries.emplace_back("editor gone"); }
 
     void Connect(CPluginRenderer* newRenderer, CPluginWrapper* newWrapper) override {
         renderer = newRenderer;
