@@ -164,6 +164,11 @@ void CControlMenu::OpenList() {
 }
 
 void CControlMenu::ShowList() {
+    // Once it is there in full, nothing under it can be seen and it just paints over itself.
+    if (listOpacity >= 1.0f) {
+        DrawOverlay();
+        return UpdateScreen(listRect);
+    }
     if (CWindowPort* port = GetWindowPort()) port->ShowOverlay(this, listRect, listOpacity);
 }
 

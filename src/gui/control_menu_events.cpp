@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "gui/control_menu.h"
+#include "gui/window_port.h"
 
 namespace norava {
 
@@ -174,7 +175,7 @@ bool CControlMenu::TimerEvent() {
     if (bar.IsNeeded()) ScrollWhileDragging();
     if (listOpacity >= 1.0f) return false;
     listOpacity = std::min(1.0f, listOpacity + kFadeStep);
-    ShowList();
+    if (CWindowPort* port = GetWindowPort()) port->ShowOverlay(this, listRect, listOpacity);
     return true;
 }
 
