@@ -31,7 +31,7 @@ LineMemory::LineMemory(std::size_t bytes) : size_(roundedUp(bytes, kCacheLine)) 
         block_ = {start, [](std::byte* p) { ::operator delete(p, kAlignment); }};
     }
     for (std::size_t at = 0; at < size_; at += kPage)
-        block_[at] = std::byte{0};
+        block_.get()[at] = std::byte{0};
 }
 
 #if defined(__linux__)
