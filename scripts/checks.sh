@@ -44,6 +44,23 @@ check_rtsan() {
     ctest --preset rtsan -j 2 -L '^(host|synth)$'
 }
 
+# The toolkit for Windows, as far as a cross compiler goes: built, and linked into a program with a window.
+check_mingw() {
+    build mingw norava_gui norava_files
+    x86_64-w64-mingw32-g++-posix -std=c++20 -Isrc -static -o build/mingw/own_window.exe tests/ports/own_window.cpp \
+        build/mingw/src/gui/libnorava_gui.a build/mingw/src/files/libnorava_files.a -lgdi32 -lole32 -lshell32 -luuid
+}
+
+# The toolkit for macOS, as far as another system's AppKit goes: read, not built.
+check_cocoa() {
+    local source flags
+    flags=$(gnustep-config --objc-flags | tr ' ' '\n' | grep -E '^-(D|fconstant)')
+    for source in src/gui/platform/*.mm; do
+        g++ -x objective-c++ -std=c++20 -fsyntax-only -fobjc-exceptions $flags -isystem /usr/include/GNUstep -Isrc \
+            -Wall -Wextra -Wshadow -Wno-unused-parameter -Werror "$source"
+    done
+}
+
 # same_sound PRESET PRESET: both builds render the demo tune to the same samples.
 same_sound() {
     local preset hash first=

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "gui/platform/damage.h"
+#include "gui/platform/native_scale.h"
 #include "gui/platform/uri_list.h"
 #ifdef __linux__
 #include "gui/platform/x11_connection.h"
@@ -46,7 +47,6 @@ TEST(Damage, CoversLittleMoreThanWasAskedFor) {
 
 #ifdef __linux__
 TEST(NativeScale, IsWholeAndFitsTheScreen) {
-    using x11::ChooseScale;
     using x11::FindDotsPerInch;
     EXPECT_EQ(FindDotsPerInch("Xft.dpi: 300\n"), 300.0);
     EXPECT_EQ(FindDotsPerInch("*Xft.dpi:\t10\nXft.dpi:\t192 \nXft.hinting:\t1\n"), 192.0);

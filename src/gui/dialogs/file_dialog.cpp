@@ -51,6 +51,9 @@ CFileDialog::CFileDialog(const FileDialogRequest& wanted, Chosen action)
     : CDialog(wanted.title, kSize), request(wanted), answered(std::move(action)) {}
 
 bool CFileDialog::Ask(CWindowPort& window, const FileDialogRequest& request, Chosen chosen) {
+    if (!window.IsOpen()) return false;
+    if (SystemPanels* const panels = window.GetView()->GetPanels())
+        return panels->AskForFile(request, std::move(chosen));
     return Show(window, std::make_unique<CFileDialog>(request, std::move(chosen))) != nullptr;
 }
 

@@ -5,20 +5,12 @@
 #include <vector>
 
 #include "gui/dialogs/dialog.h"
+#include "gui/platform/system_panels.h"
 
 namespace norava {
 
 class CControlList;
 class CControlTextField;
-
-struct FileDialogRequest {
-    std::string title;
-    std::string folder;                   // where to start; the nearest one that exists
-    std::string suggestedName;            // without extension
-    std::string typeName;                 // "Norava Program"
-    std::vector<std::string> extensions;  // without dots; a saved file gets the first one
-    bool save = false;
-};
 
 // Asks for a file: folders and files of the wanted kinds in one list, the folder's path above it,
 // the name below. Typing finds a row, Enter and a double click go into folders and choose files.
@@ -26,8 +18,9 @@ struct FileDialogRequest {
 class CFileDialog : public CDialog {
   public:
     // The full path; the file exists when it is to be loaded.
-    using Chosen = std::function<void(const std::string& path)>;
-    // False for a window that is not open. Not called when the user cancels.
+    using Chosen = FileChosen;
+    // Where the system has a panel for it, that is shown. False for a window that is not open. Not
+    // called when the user cancels.
     static bool Ask(CWindowPort& window, const FileDialogRequest& request, Chosen chosen);
 
     CFileDialog(const FileDialogRequest& wanted, Chosen action);

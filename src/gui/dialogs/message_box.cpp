@@ -6,6 +6,7 @@
 #include "gui/control_button.h"
 #include "gui/control_text_field.h"
 #include "gui/label.h"
+#include "gui/platform/system_panels.h"
 
 namespace norava {
 
@@ -55,6 +56,9 @@ CMessageBox::CMessageBox(const std::string& boxTitle, std::vector<std::string> t
       asksForText(hasField) {}
 
 bool CMessageBox::Tell(CWindowPort& window, const std::string& title, const std::string& text) {
+    if (!window.IsOpen()) return false;
+    if (SystemPanels* const panels = window.GetView()->GetPanels())
+        return panels->ShowMessage(title, text);
     return Ask(window, title, text, {"OK"}, {});
 }
 

@@ -10,6 +10,7 @@
 // All that the toolkit needs of a window system. Positions and sizes are logical pixels; everything
 // happens on the user-interface thread. A view tells its window what happens:
 namespace norava {
+class SystemPanels;
 
 class PlatformEvents {
   public:
@@ -48,12 +49,11 @@ class PlatformView {
     virtual void WaitForEvents() = 0;  // in a loop of our own: until RunEvents has something to do
     virtual void SetTitle(const char* title) = 0;  // of a window of its own
     [[nodiscard]] virtual void* GetNativeHandle() = 0;
+    [[nodiscard]] virtual SystemPanels* GetPanels() { return nullptr; }  // where there are any
 };
 
-// The view of this system in a parent window, or with no parent as a window of its own. Null on
-// failure.
-std::unique_ptr<PlatformView> OpenNativeView(PlatformEvents& events, void* parent, CSize size,
-                                             int scale);
+// This system's view in a parent window, or with none as a window of its own. Null on failure.
+std::unique_ptr<PlatformView> OpenNativeView(PlatformEvents&, void* parent, CSize, int scale);
 int GetNativeScale();  // whole stored pixels a logical pixel, as the screen wants it
 
 }  // namespace norava

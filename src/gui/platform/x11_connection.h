@@ -94,7 +94,5 @@ class Connection {
 
 // "Xft.dpi" of a server's resource text, 0 when it says nothing usable.
 double FindDotsPerInch(std::string_view resources);
-// The scale for that density on a screen of so many rows: whole, and the panel must fit.
-int ChooseScale(double dotsPerInch, int screenRows);
 
 }  // namespace norava::x11

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "gui/platform/native_scale.h"
 #include "gui/platform/x11_connection.h"
 
 namespace norava::x11 {
@@ -81,15 +82,6 @@ double FindDotsPerInch(std::string_view resources) {
         return value;
     }
     return 0.0;
-}
-
-int ChooseScale(double dotsPerInch, int screenRows) {
-    constexpr double kUsual = 96.0;
-    constexpr int kMaxScale = 3;
-    // The tallest window of the product with the frames that hosts and desktops put round it.
-    constexpr int kRowsNeeded = 640;
-    const double wanted = std::clamp(std::round(dotsPerInch / kUsual), 1.0, double{kMaxScale});
-    return std::clamp(screenRows / kRowsNeeded, 1, static_cast<int>(wanted));
 }
 
 }  // namespace norava::x11
