@@ -5,6 +5,7 @@
 #include "files/scratch_folder.h"
 #include "gui/control_button.h"
 #include "gui/control_list.h"
+#include "gui/control_menu.h"
 #include "gui/control_text_field.h"
 #include "gui/dialogs/file_dialog.h"
 #include "gui/dialogs/message_box.h"
@@ -76,6 +77,19 @@ TEST_F(DialogTest, ChoosesAFileToLoad) {
     EXPECT_EQ(window.GetControlGroups().size(), 1u) << "the dialog is gone";
 }
 
+TEST_F(DialogTest, ShowsOtherFilesWhenAsked) {
+    files.Write("A 10.fxp", "x");
+    ASSERT_TRUE(Ask(false));
+    EXPECT_EQ(Rows(), "Zoo/|A 2.fxp|A 10.fxp|b.norava|");
+    auto* const filter = Find<CControlMenu>(0);
+    view->Click(filter->GetRect().GetCenter());
+    view->Click(filter->GetItemRect(1).GetCenter());
+    EXPECT_EQ(Rows(), "Zoo/|A 2.fxp|A 10.fxp|b.norava|notes.txt|");
+    Type("n");
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(chosen, files.Path("notes.txt"));
+}
+
 TEST_F(DialogTest, GoesThroughFolders) {
     ASSERT_TRUE(Ask(false));
     view->PressKey(kKeyDown);
@@ -99,9 +113,11 @@ TEST_F(DialogTest, GoesThroughFolders) {
 TEST_F(DialogTest, SavesAndAsksBeforeItReplaces) {
     ASSERT_TRUE(Ask(true, "b"));
     view->PressKey(kKeyEnter);
-    Press("Cancel");
-    EXPECT_EQ(chosen, "nothing");
+    EXPECT_TRUE(view->HasKeyboard()) << "a box without a field too";
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(chosen, "nothing") << "no file is lost by two Enters";
     EXPECT_TRUE(window.IsSuper()) << "the question alone is answered";
+    EXPECT_TRUE(Find<CControlTextField>(1)->IsFocused()) << "where the user was";
     Press("Save");
     Press("Replace");
     EXPECT_EQ(chosen, files.Path("b.norava"));

@@ -15,6 +15,17 @@ constexpr CColor kFrame(218, 195, 150);
 constexpr int kTitleRows = 30;
 constexpr CRect kTitleText{0, 8, 0, 16};
 
+// Whoever had the keys may have gone meanwhile.
+void GiveFocusBack(const CWindowPort& window, const CControl* before) {
+    for (const auto& group : window.GetControlGroups()) {
+        for (const auto& control : group->GetControls()) {
+            if (control.get() != before || control->IsDisabled()) continue;
+            control->GrabFocus();
+            return;
+        }
+    }
+}
+
 }  // namespace
 
 void DrawPlate(CGraphicBuffer& buffer, CRect plate, const std::string& title) {
@@ -40,12 +51,10 @@ void CDialog::Begin(CWindowPort& window) {
     const CSize whole = window.GetSize();
     SetRect(CRect((whole.cx - size.cx) / 2, (whole.cy - size.cy) / 2, size));
     CreateControls();
+    const CControlGroup* const focused = window.GetFocusControlGroup();
+    focusBefore = focused != nullptr ? focused->GetFocusedControl() : nullptr;
     SetSuper(true);
-    if (CControl* const control = FirstFocus()) {
-        control->GrabFocus();
-    } else {
-        GrabFocus();
-    }
+    FirstFocus()->GrabFocus();
     Redraw();
 }
 
@@ -53,8 +62,10 @@ void CDialog::End(const std::function<void()>& then) {
     CWindowPort* const window = GetWindowPort();
     if (window == nullptr) return;
     const std::function<void()> call = then;  // the dialog's own may go with it
+    CControl* const before = focusBefore;
     SetSuper(false);
     window->DestroyControlGroup(this);
+    GiveFocusBack(*window, before);
     window->DrawToBuffer();
     window->UpdateScreen();
     if (call) call();
@@ -82,8 +93,10 @@ CControlButton* CDialog::AddButton(CRect place, const char* text) {
 bool CDialog::ControlReleased(CControl* control) {
     const CWindowPort* const window = GetWindowPort();
     const bool isButton = dynamic_cast<CControlButton*>(control) != nullptr;
-    if (isButton && window != nullptr && control->GetRect().IsPointInside(window->GetMousePos()))
-        ButtonPressed(control);
+    if (!isButton || window == nullptr) return true;
+    const bool inside = control->GetRect().IsPointInside(window->GetMousePos());
+    FirstFocus()->GrabFocus();  // a button is no place to type in
+    if (inside) ButtonPressed(control);
     return true;
 }
 

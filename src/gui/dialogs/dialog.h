@@ -43,8 +43,8 @@ class CDialog : public CControlGroup {
         : title(std::move(dialogTitle)), size(dialogSize) {}
 
     virtual void CreateControls() = 0;
-    // Which control has the keys first; may be null.
-    virtual CControl* FirstFocus() { return nullptr; }
+    // Which control has the keys first, and again after a button was pressed.
+    virtual CControl* FirstFocus() = 0;
     virtual void ButtonPressed(CControl* button) = 0;
     // Enter and Escape, which no control has used.
     virtual void Accept() = 0;
@@ -66,6 +66,7 @@ class CDialog : public CControlGroup {
 
     std::string title;
     CSize size;
+    CControl* focusBefore = nullptr;
 };
 
 }  // namespace norava

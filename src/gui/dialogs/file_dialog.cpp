@@ -1,11 +1,12 @@
 #include "gui/dialogs/file_dialog.h"
 
 #include <algorithm>
-#include <tuple>
 
 #include "files/file_system.h"
+#include "files/natural_order.h"
 #include "gui/control_button.h"
 #include "gui/control_list.h"
+#include "gui/control_menu.h"
 #include "gui/control_text_field.h"
 #include "gui/dialogs/message_box.h"
 #include "gui/label.h"
@@ -29,15 +30,9 @@ constexpr int kNameLeft = 70;
 constexpr int kStatusTop = 348;
 constexpr int kButtonTop = 384;
 constexpr int kButtonStep = 92;
+constexpr int kFilterWidth = 160;
 // More could not be used, and a folder of a million files must not stop the window.
 constexpr std::size_t kMaxEntries = 1024;
-
-std::string Plain(const std::string& text) {
-    std::string plain = ToFontText(text);
-    for (char& letter : plain)
-        if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-    return plain;
-}
 
 std::string ParentOf(const std::string& folder) {
     const std::size_t slash = folder.rfind('/');
@@ -76,9 +71,17 @@ void CFileDialog::CreateControls() {
     };
     chooseButton = button(1, request.save ? "Save" : "Load");
     cancelButton = button(2, "Cancel");
-    if (request.save)
+    if (request.save) {
         folderButton =
             AddButton(Inside(kMargin, kButtonTop, kButtonSize.cx, kButtonSize.cy), "New Folder");
+        nameField->SelectAll();
+    } else if (!request.extensions.empty()) {
+        filter = Add<CControlMenu>();
+        filter->SetRect(Inside(kMargin, kButtonTop, kFilterWidth, kButtonSize.cy));
+        filter->AddTextItem(request.typeName.c_str());
+        filter->AddTextItem("All Files");
+        filter->SetValue(0.0f);
+    }
 
     std::string start = request.folder;
     while (start.size() > 1 && file_system::KindOf(start.c_str()) != EntryKind::folder)
@@ -87,9 +90,7 @@ void CFileDialog::CreateControls() {
 }
 
 CControl* CFileDialog::FirstFocus() {
-    if (!request.save) return list;
-    nameField->SelectAll();
-    return nameField;
+    return request.save ? static_cast<CControl*>(nameField) : list;
 }
 
 // The folder
@@ -121,18 +122,25 @@ void CFileDialog::ListFolder() {
     const bool readable =
         file_system::ListFolder(folder.c_str(), [this](const char* name, EntryKind kind) {
             const bool isFolder = kind == EntryKind::folder;
-            const bool wanted = isFolder || (kind == EntryKind::file && HasWantedExtension(name));
+            const bool fits = showsAll || HasWantedExtension(name);
+            const bool wanted = isFolder || (kind == EntryKind::file && fits);
             if (wanted && name[0] != '.') entries.push_back({name, isFolder});
             return entries.size() < kMaxEntries;
         });
     if (!readable) status = "This folder cannot be read.";
     if (entries.size() >= kMaxEntries) status = "Only a part of this large folder is shown.";
-    std::ranges::sort(entries, {}, [](const Entry& entry) {
-        return std::tuple(!entry.isFolder, Plain(entry.name), entry.name);
+    std::ranges::sort(entries, [](const Entry& a, const Entry& b) {
+        return a.isFolder != b.isFolder ? a.isFolder : CompareNaturally(a.name, b.name) < 0;
     });
     list->DeleteAllItems();
     for (const Entry& entry : entries)
         list->AddItem((entry.isFolder ? entry.name + "/" : entry.name).c_str());
+}
+
+void CFileDialog::ShowAll(bool all) {
+    showsAll = all;
+    GoTo(folder);
+    list->GrabFocus();
 }
 
 bool CFileDialog::HasWantedExtension(const std::string& name) const {
@@ -192,12 +200,15 @@ void CFileDialog::Choose(const std::string& path) {
     if (there == EntryKind::none) return Finish(full);
     CWindowPort* const window = GetWindowPort();
     if (there != EntryKind::file || window == nullptr) return ShowStatus("This name is taken.");
-    CMessageBox::Ask(*window, request.title,
-                     "There is a file of this name already:\n" + full.substr(full.rfind('/') + 1) +
-                         "\nReplace it?",
-                     {"Replace", "Cancel"}, [this, full](int button) {
-                         if (button == 0) Finish(full);
-                     });
+    CMessageBox::Ask(
+        *window, request.title,
+        "There is a file of this name already:\n" + full.substr(full.rfind('/') + 1) +
+            "\nReplace it?",
+        {"Replace", "Cancel"},
+        [this, full](int button) {
+            if (button == 0) Finish(full);
+        },
+        1);
 }
 
 void CFileDialog::Finish(const std::string& path) {
@@ -232,6 +243,8 @@ bool CFileDialog::ControlValueChanged(CControl* control, float value) {
         const Entry& entry = entries[static_cast<std::size_t>(value)];
         nameField->SetText(entry.isFolder ? "" : entry.name.c_str());
         RedrawControl(nameField, true);
+    } else if (control == filter) {
+        ShowAll(value > 0.5f);
     } else if (control == nameField && value == CControlTextField::kEntered) {
         Accept();
     } else if (control == pathField && value == CControlTextField::kEntered) {
@@ -264,9 +277,10 @@ bool CFileDialog::KeyDown(int key) {
         }
     }
     if (key == kKeyTab) {
-        CControl* const next =
-            list->IsFocused() ? static_cast<CControl*>(nameField) : static_cast<CControl*>(list);
-        next->GrabFocus();
+        CControl* const order[] = {pathField, list, nameField, pathField};
+        const auto* const now =
+            std::ranges::find_if(order, [](const CControl* c) { return c->IsFocused(); });
+        (now < std::end(order) - 1 ? now[1] : order[0])->GrabFocus();
         Redraw();
         return true;
     }

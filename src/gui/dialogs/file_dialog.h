@@ -10,6 +10,7 @@
 namespace norava {
 
 class CControlList;
+class CControlMenu;
 class CControlTextField;
 
 // Asks for a file: folders and files of the wanted kinds in one list, the folder's path above it,
@@ -51,6 +52,7 @@ class CFileDialog : public CDialog {
     void Choose(const std::string& path);
     void Finish(const std::string& path);
     void AskForFolder();
+    void ShowAll(bool all);
     [[nodiscard]] bool HasWantedExtension(const std::string& name) const;
     [[nodiscard]] std::string InFolder(const std::string& name) const;
     [[nodiscard]] std::string TypeText() const;
@@ -63,6 +65,8 @@ class CFileDialog : public CDialog {
     CControlTextField* pathField = nullptr;
     CControlTextField* nameField = nullptr;
     CControlList* list = nullptr;
+    CControlMenu* filter = nullptr;  // while there is something to choose
+    bool showsAll = false;
     CControl* upButton = nullptr;
     CControl* folderButton = nullptr;
     CControl* cancelButton = nullptr;

@@ -13,6 +13,7 @@ namespace norava {
 namespace {
 
 constexpr CColor kText(246, 234, 211);
+constexpr CColor kMark(218, 195, 150);
 constexpr int kWidth = 400;
 constexpr int kTextTop = 44;
 constexpr int kLineHeight = 18;
@@ -41,6 +42,12 @@ std::vector<std::string> BreakLines(std::string_view text) {
     return lines;
 }
 
+// Takes the keys of a box that has nothing to type in.
+class KeyTaker : public CControl {
+  public:
+    [[nodiscard]] bool WantsKeys() const override { return true; }
+};
+
 int HeightFor(std::size_t lines, bool hasField) {
     return kTextTop + static_cast<int>(lines) * kLineHeight +
            (hasField ? kFieldHeight + kSpace : 0) + kSpace + 22 + kSpace;
@@ -63,9 +70,10 @@ bool CMessageBox::Tell(CWindowPort& window, const std::string& title, const std:
 }
 
 bool CMessageBox::Ask(CWindowPort& window, const std::string& title, const std::string& text,
-                      std::vector<std::string> buttons, Answer answer) {
+                      std::vector<std::string> buttons, Answer answer, int markedButton) {
     auto box = std::make_unique<CMessageBox>(title, BreakLines(text), std::move(buttons), false);
     box->answered = std::move(answer);
+    box->marked = markedButton;
     return Show(window, std::move(box)) != nullptr;
 }
 
@@ -87,14 +95,17 @@ void CMessageBox::CreateControls() {
         buttons.push_back(AddButton(Inside(left, bottom, kButtonSize.cx, kButtonSize.cy),
                                     texts[static_cast<std::size_t>(i)].c_str()));
     }
-    if (!asksForText) return;
+    if (!asksForText) {
+        keyTaker = Add<KeyTaker>();
+        return;
+    }
     field = Add<CControlTextField>();
     field->SetRect(
         Inside(kMargin, bottom - kSpace - kFieldHeight, width - 2 * kMargin, kFieldHeight));
 }
 
 CControl* CMessageBox::FirstFocus() {
-    return field != nullptr ? static_cast<CControl*>(field) : buttons.front();
+    return field != nullptr ? static_cast<CControl*>(field) : keyTaker;
 }
 
 void CMessageBox::DrawBackground(CRect part) {
@@ -109,6 +120,21 @@ void CMessageBox::DrawBackground(CRect part) {
                   {kText, TextAlign::left, false});
         top += kLineHeight;
     }
+    const CRect button = buttons[static_cast<std::size_t>(marked)]->GetRect();
+    buffer->SetLineColor(kMark);
+    buffer->SetLineWidth(1);
+    buffer->DrawRectWithRoundCorner(
+        CRect(button.left - 2, button.top - 2, button.width + 4, button.height + 4), false, 5, 5);
+}
+
+bool CMessageBox::KeyDown(int key) {
+    const int last = static_cast<int>(buttons.size()) - 1;
+    const bool forward = key == kKeyTab || (!asksForText && key == static_cast<int>(kKeyRight));
+    const bool back = !asksForText && key == static_cast<int>(kKeyLeft);
+    if (!forward && !back) return CDialog::KeyDown(key);
+    marked = forward ? (marked == last ? 0 : marked + 1) : (marked == 0 ? last : marked - 1);
+    Redraw();
+    return true;
 }
 
 void CMessageBox::Press(int number) {
@@ -133,12 +159,12 @@ void CMessageBox::ButtonPressed(CControl* button) {
 }
 
 bool CMessageBox::ControlValueChanged(CControl* control, float value) {
-    if (control == field && value == CControlTextField::kEntered) Press(0);
+    if (control == field && value == CControlTextField::kEntered) Accept();
     return true;
 }
 
 void CMessageBox::Accept() {
-    Press(0);
+    Press(marked);
 }
 
 void CMessageBox::Cancel() {

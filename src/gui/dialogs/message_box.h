@@ -13,13 +13,14 @@ class CControlTextField;
 // A text with buttons below it, or a question for one line of text.
 class CMessageBox : public CDialog {
   public:
-    // The number of the pressed button, from the left. Enter presses the first, Escape the last.
+    // The number of the pressed button, from the left. Enter presses the marked one, which arrow
+    // keys and Tab move; Escape the last.
     using Answer = std::function<void(int button)>;
     // Lines of `text` end with a line feed; long ones are broken at blanks. False for a window that
     // is not open.
     static bool Tell(CWindowPort& window, const std::string& title, const std::string& text);
     static bool Ask(CWindowPort& window, const std::string& title, const std::string& text,
-                    std::vector<std::string> buttons, Answer answer);
+                    std::vector<std::string> buttons, Answer answer, int markedButton = 0);
     // Not called for an empty text.
     using TextAnswer = std::function<void(const std::string& text)>;
     static bool AskForText(CWindowPort& window, const std::string& title, const std::string& text,
@@ -29,6 +30,7 @@ class CMessageBox : public CDialog {
                 std::vector<std::string> buttonTexts, bool hasField);
 
     void DrawBackground(CRect part) override;
+    bool KeyDown(int key) override;
     bool ControlValueChanged(CControl* control, float value) override;
 
   protected:
@@ -45,6 +47,8 @@ class CMessageBox : public CDialog {
     std::vector<std::string> texts;
     std::vector<CControl*> buttons;
     bool asksForText;
+    int marked = 0;
+    CControl* keyTaker = nullptr;
     CControlTextField* field = nullptr;
     Answer answered;
     TextAnswer answeredText;
