@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "gallery/gallery.h"
+#include "gui/control_knob.h"
 #include "gui/offscreen_window.h"
 #include "gui/pixel_target.h"
 #include "gui/window_port_standalone.h"
@@ -18,6 +20,15 @@ constexpr CSize kSize(200, 120);
 constexpr CPoint kPlace(100, 80);  // of the host's window on the screen
 constexpr CRect kKnob(20, 20, 60, 60);
 constexpr CPoint kInKnob(40, 40);
+
+// Runs events as a host's idle call does, until something is so or two seconds have gone.
+bool RunUntil(CWindowPort& window, const std::function<bool()>& condition) {
+    for (int i = 0; i < 400 && !condition(); ++i) {
+        window.RunEvents();
+        usleep(5000);
+    }
+    return condition();
+}
 
 // A window in the system's own view, with what happens to it written down.
 template <typename Base>
@@ -39,14 +50,7 @@ class Written : public Base {
     void DragLeft(const char* path) override { Note("left ", path); }
     bool DropFile(const char* path) override { return Note("dropped ", path); }
 
-    // Runs events as a host's idle call does, until something is so or two seconds have gone.
-    bool Until(const std::function<bool()>& condition) {
-        for (int i = 0; i < 400 && !condition(); ++i) {
-            Base::RunEvents();
-            usleep(5000);
-        }
-        return condition();
-    }
+    bool Until(const std::function<bool()>& condition) { return RunUntil(*this, condition); }
     // Long enough for everything that is under way.
     void Settle() {
         for (int i = 0; i < 20; ++i) {
@@ -376,6 +380,51 @@ TEST_F(X11View, OpensAndClosesManyTimes) {
     }
     EXPECT_EQ(OpenDescriptors(), before);
     EXPECT_TRUE(Open(window)) << "and still shows";
+}
+
+TEST_F(X11View, WorksWithRealControls) {
+    CGallery gallery(1);
+    ASSERT_TRUE(gallery.Open());
+    ASSERT_TRUE(RunUntil(gallery, [&] {
+        Painted painted;
+        gallery.GetGraphicBuffer()->Present(&painted, {{0, 0}, CGallery::kSize}, {0, 0});
+        return desktop->Picture({{0, 0}, CGallery::kSize}) == painted.pixels;
+    }));
+    const auto point = [&](CRect at) { desktop->MoveMouse(at.GetCenter()); };
+
+    const float before = gallery.knob->GetValue();
+    point(gallery.knob->GetRect());
+    desktop->Press();
+    ASSERT_TRUE(RunUntil(gallery, [&] { return gallery.knob->IsTracking(); }));
+    desktop->MoveMouseBy({0, before < 0.5f ? -30 : 30});
+    EXPECT_TRUE(RunUntil(gallery, [&] { return gallery.knob->GetValue() != before; }));
+    desktop->Release();
+    EXPECT_TRUE(RunUntil(gallery, [&] { return !gallery.knob->IsTracking(); }));
+
+    CControlMenu& menu = *gallery.menu;
+    int wanted = menu.GetNumItems() - 1;
+    while (!menu.GetItemByNum(wanted)->CanBeChosen() || wanted == menu.GetSelectedItemID())
+        --wanted;
+    point(menu.GetRect());
+    desktop->Click();
+    ASSERT_TRUE(RunUntil(gallery, [&] { return menu.IsListOpen(); }));
+    point(menu.GetItemRect(wanted));
+    desktop->Click();
+    EXPECT_TRUE(RunUntil(gallery, [&] { return menu.GetSelectedItemID() == wanted; }));
+
+    point(gallery.list->GetRect());
+    desktop->Click(5);
+    EXPECT_TRUE(RunUntil(gallery, [&] { return gallery.list->GetTopItemID() > 0; }));
+
+    // By the window manager, with a list open.
+    point(menu.GetRect());
+    desktop->Click();
+    ASSERT_TRUE(RunUntil(gallery, [&] { return menu.IsListOpen(); }));
+    const auto window = static_cast<xcb_window_t>(
+        reinterpret_cast<uintptr_t>(gallery.GetView()->GetNativeHandle()));
+    desktop->Send(window, desktop->Atom("WM_PROTOCOLS"), {desktop->Atom("WM_DELETE_WINDOW"), 0});
+    gallery.Run();
+    EXPECT_FALSE(menu.IsListOpen());
 }
 
 TEST_F(X11View, TicksThirtyTimesASecond) {
