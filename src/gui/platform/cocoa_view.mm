@@ -32,26 +32,39 @@ unsigned KeyOf(NSEvent* event) {
     NSString* const typed = [event characters];
     if ([text length] == 0) return 0;
     switch ([text characterAtIndex:0]) {
-        case NSUpArrowFunctionKey: return kKeyUp;
-        case NSDownArrowFunctionKey: return kKeyDown;
-        case NSLeftArrowFunctionKey: return kKeyLeft;
-        case NSRightArrowFunctionKey: return kKeyRight;
-        case NSHomeFunctionKey: return kKeyHome;
-        case NSEndFunctionKey: return kKeyEnd;
-        case NSPageUpFunctionKey: return kKeyPageUp;
-        case NSPageDownFunctionKey: return kKeyPageDown;
-        case NSDeleteFunctionKey: return kKeyDelete;
-        case 0x7F: return kKeyBackspace;  // the key that deletes backwards
-        case 0x03: return kKeyEnter;      // on the keypad
-        case 0x19: return kKeyTab;        // with shift
-        default: break;
+        case NSUpArrowFunctionKey:
+            return kKeyUp;
+        case NSDownArrowFunctionKey:
+            return kKeyDown;
+        case NSLeftArrowFunctionKey:
+            return kKeyLeft;
+        case NSRightArrowFunctionKey:
+            return kKeyRight;
+        case NSHomeFunctionKey:
+            return kKeyHome;
+        case NSEndFunctionKey:
+            return kKeyEnd;
+        case NSPageUpFunctionKey:
+            return kKeyPageUp;
+        case NSPageDownFunctionKey:
+            return kKeyPageDown;
+        case NSDeleteFunctionKey:
+            return kKeyDelete;
+        case 0x7F:
+            return kKeyBackspace;  // the key that deletes backwards
+        case 0x03:
+            return kKeyEnter;  // on the keypad
+        case 0x19:
+            return kKeyTab;  // with shift
+        default:
+            break;
     }
     const bool withControl = ModifiersOf(event).control;
     NSString* const source = withControl || [typed length] == 0 ? text : typed;
     const unsigned first = [source characterAtIndex:0];
     constexpr unsigned kPrivateUse = 0xF700;  // function keys without a meaning here
     if (first >= kPrivateUse && first <= 0xF8FF) return 0;
-    const bool isPair = first >= 0xD800 && first < 0xDC00 && [source length] > 1;
+    const bool isPair = first >= 0xD800 && first<0xDC00 && [source length]> 1;
     if (!isPair) return first;
     return 0x10000 + ((first - 0xD800) << 10) + ([source characterAtIndex:1] - 0xDC00);
 }
@@ -71,7 +84,8 @@ View::View(PlatformEvents& listener, NSView* parentView, CSize viewSize, int sca
     if (parent) {
         [parent addSubview:view];
     } else {
-        const NSUInteger style = NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask;
+        const NSUInteger style =
+            NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask;
         window = [[NSWindow alloc] initWithContentRect:frame
                                              styleMask:style
                                                backing:NSBackingStoreBuffered
@@ -177,9 +191,10 @@ void View::ShowPixels(const uint32_t* words, CSize stored, CRect clip) {
     rows.resize(width * static_cast<size_t>(clip.height));
     // Rows from the top, and opaque: the alpha bytes mean nothing here.
     for (int y = 0; y < clip.height; ++y) {
-        const uint32_t* const row = words + static_cast<size_t>(stored.cy - 1 - clip.top - y) *
-                                                static_cast<size_t>(stored.cx) +
-                                    static_cast<size_t>(clip.left);
+        const uint32_t* const row =
+            words +
+            static_cast<size_t>(stored.cy - 1 - clip.top - y) * static_cast<size_t>(stored.cx) +
+            static_cast<size_t>(clip.left);
         std::transform(row, row + width, rows.data() + static_cast<size_t>(y) * width,
                        [](uint32_t word) { return word | 0xFF000000u; });
     }
