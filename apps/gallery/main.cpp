@@ -33,11 +33,12 @@ int main(int count, char** arguments) {
         if (option == "--png" && hasValue) {
             png = arguments[++i];
         } else if (option == "--scale" && hasValue) {
-            scale = std::atoi(arguments[++i]);
-            if (scale < 1 || scale > norava::CGraphicBuffer::kMaxScaleFactor) {
+            const long wanted = std::strtol(arguments[++i], nullptr, 10);
+            if (wanted < 1 || wanted > norava::CGraphicBuffer::kMaxScaleFactor) {
                 std::fputs(kUsage, stderr);
                 return 2;
             }
+            scale = static_cast<int>(wanted);
         } else {
             std::fputs(kUsage, option == "--help" ? stdout : stderr);
             return option == "--help" ? 0 : 2;

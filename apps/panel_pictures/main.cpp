@@ -153,13 +153,13 @@ bool WriteAll(Panel& panel, const std::string& folder) {
 }  // namespace norava
 
 int main(int count, char** arguments) {
-    const int scale = count == 3 ? std::atoi(arguments[2]) : 1;
+    const long scale = count == 3 ? std::strtol(arguments[2], nullptr, 10) : 1;
     if (count < 2 || count > 3 || scale < 1 || scale > 3) {
         std::fprintf(stderr, "usage: norava-panel-pictures FOLDER [scale 1 to 3]\n");
         return 2;
     }
     const norava::TemporaryFolder library;
-    norava::Panel panel(library.path + "/Norava", scale);
+    norava::Panel panel(library.path + "/Norava", static_cast<int>(scale));
     if (!panel.open) {
         std::fprintf(stderr, "The panel does not open.\n");
         return 1;

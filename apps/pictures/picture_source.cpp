@@ -70,13 +70,13 @@ void WriteSource(const std::string& folder, int scale, const char* path) {
 }  // namespace norava
 
 int main(int argc, char** argv) {
-    const int scale = argc == 4 ? std::atoi(argv[2]) : 0;
+    const long scale = argc == 4 ? std::strtol(argv[2], nullptr, 10) : 0;
     if (scale < 1 || scale > 3) {
         std::fputs("usage: norava-picture-source FOLDER SCALE SOURCE.cpp\n", stderr);
         return 2;
     }
     try {
-        norava::WriteSource(argv[1], scale, argv[3]);
+        norava::WriteSource(argv[1], static_cast<int>(scale), argv[3]);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;
