@@ -6,6 +6,7 @@
 
 #include "gui/color.h"
 #include "gui/geometry.h"
+#include "gui/outline_font.h"
 
 namespace norava {
 
@@ -92,6 +93,7 @@ class CGraphicBuffer {
     virtual void SetTextAlignLeft() { alignment = Alignment::left; }
     virtual void SetTextAlignCenter() { alignment = Alignment::center; }
     virtual void SetTextAlignRight() { alignment = Alignment::right; }
+    // Above scale 1 the letters are drawn from outlines, in the same places.
     // One line, centred vertically in the rectangle and not limited to it. Returns its size, 0 x 0
     // for an empty text or buffer. Bytes outside '!' .. '~' show as '?'; after 1024 the text ends.
     virtual CSize DrawText(const char* text, CRect rect, bool measureOnly);
@@ -170,6 +172,9 @@ class CGraphicBuffer {
     void DrawShadowCorners(CRect rect);
     void DrawShadowEdges(CRect rect);
     void DrawGlyphs(const BitmapFont& font, const char* text, int64_t x, int64_t y);
+    void DrawOutlines(const OutlineFont::Glyphs& glyphs, const BitmapFont& font, const char* text,
+                      int64_t x, int64_t y);
+    void DrawOutline(const OutlineFont::Glyph& glyph, int64_t x, int64_t y);
 
     CSize size;
     CRect clip;

@@ -12,6 +12,13 @@ namespace {
 constexpr BitmapFont::Metrics kRegularMetrics{.spacing = 1, .spaceAdvance = 4, .leftShift = 0};
 constexpr BitmapFont::Metrics kBoldMetrics{.spacing = 0, .spaceAdvance = 4, .leftShift = -1};
 
+constexpr const char* kRegularOutlines[BitmapFont::kGlyphs] = {
+#include "fonts/outline_regular.art"
+};
+constexpr const char* kBoldOutlines[BitmapFont::kGlyphs] = {
+#include "fonts/outline_bold.art"
+};
+
 std::mutex gFontsLock;
 std::weak_ptr<const SystemFonts> gFonts;
 
@@ -21,7 +28,9 @@ SystemFonts::SystemFonts()
     : FontRegularChunk(kSystemFontSample_Regular.begin(), kSystemFontSample_Regular.end()),
       FontBoldChunk(kSystemFontSample_Bold.begin(), kSystemFontSample_Bold.end()),
       regular(FontRegularChunk, kRegularMetrics),
-      bold(FontBoldChunk, kBoldMetrics) {}
+      bold(FontBoldChunk, kBoldMetrics),
+      regularOutlines(kRegularOutlines, regular),
+      boldOutlines(kBoldOutlines, bold) {}
 
 std::shared_ptr<const SystemFonts> SystemFonts::Share() {
     const std::lock_guard lock(gFontsLock);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "gui/bitmap_font.h"
+#include "gui/outline_font.h"
 
 namespace norava {
 
@@ -26,6 +27,8 @@ class SystemFonts {
   public:
     const BitmapFont regular;
     const BitmapFont bold;
+    const OutlineFont regularOutlines;
+    const OutlineFont boldOutlines;
 };
 
 }  // namespace norava

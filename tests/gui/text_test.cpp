@@ -86,6 +86,37 @@ TEST_P(TextTest, BlendsItsInk) {
     EXPECT_EQ(canvas.GetColorAt(0, 5).red, (200 * ((255 * 128) >> 8)) >> 8);
 }
 
+// On a finer screen a letter has outlines of its own, in the place of the drawn one and as strong.
+TEST_P(TextTest, KeepsItsPlaceOnFinerScreens) {
+    const auto fonts = SystemFonts::Share();
+    const BitmapFont& font = GetParam() ? fonts->bold : fonts->regular;
+    const OutlineFont& outlines = GetParam() ? fonts->boldOutlines : fonts->regularOutlines;
+    for (int scale = 2; scale <= OutlineFont::kMaxScale; ++scale) {
+        for (int index = 0; index < BitmapFont::kGlyphs; ++index) {
+            SCOPED_TRACE(std::string(1, static_cast<char>('!' + index)) + " at " +
+                         std::to_string(scale));
+            double drawnInk = 0.0, ink = 0.0, drawnMiddle = 0.0, middle = 0.0;
+            const BitmapFont::Glyph drawn = font.GetGlyph(index);
+            for (size_t p = 0; p < drawn.pixels.size(); p += 2) {
+                const double strength = 255 - drawn.pixels[p + 1];
+                drawnInk += strength;
+                drawnMiddle += strength * ((drawn.pixels[p] & 15) + 0.5);
+            }
+            const OutlineFont::Glyph& glyph = outlines.GetGlyphs(scale)[static_cast<size_t>(index)];
+            ASSERT_EQ(glyph.coverage.size(), static_cast<size_t>(glyph.width * glyph.height));
+            for (size_t i = 0; i < glyph.coverage.size(); ++i) {
+                const auto x = static_cast<double>(i % static_cast<size_t>(glyph.width));
+                ink += glyph.coverage[i];
+                middle += glyph.coverage[i] * (glyph.left + x + 0.5) / scale;
+            }
+            const double strength = ink / scale / scale / drawnInk;
+            EXPECT_GT(strength, 0.4);
+            EXPECT_LT(strength, 2.0);
+            EXPECT_NEAR(middle / ink, drawnMiddle / drawnInk, 1.0);
+        }
+    }
+}
+
 TEST_P(TextTest, FiguresHaveOneWidth) {
     std::set<int> widths;
     for (char figure = '0'; figure <= '9'; ++figure)
