@@ -108,10 +108,8 @@ xcb_keysym_t Keyboard::FindSymbol(xcb_keycode_t code, uint16_t state) {
     const xcb_keysym_t plain = at(base);
     const xcb_keysym_t shifted = at(base + 1) ? at(base + 1) : plain;
     bool shift = (state & XCB_MOD_MASK_SHIFT) != 0;
-    if ((state & kNumLock) != 0 && IsKeypad(shifted))
-        shift = !shift;
-    else if ((state & XCB_MOD_MASK_LOCK) != 0 && IsCapital(plain, shifted))
-        shift = !shift;
+    const bool isDigit = (state & kNumLock) != 0 && IsKeypad(shifted);
+    if (isDigit || ((state & XCB_MOD_MASK_LOCK) != 0 && IsCapital(plain, shifted))) shift = !shift;
     return shift ? shifted : plain;
 }
 

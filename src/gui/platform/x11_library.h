@@ -72,7 +72,9 @@ namespace norava::x11 {
     CALL(get_keyboard_mapping_keysyms_length)
 
 struct Library {
-#define NORAVA_DECLARE(name) decltype(&xcb_##name) name = nullptr;
+// The name of a field cannot be enclosed.
+#define NORAVA_DECLARE(name) \
+    decltype(&xcb_##name) name = nullptr;  // NOLINT(bugprone-macro-parentheses)
     NORAVA_XCB_CALLS(NORAVA_DECLARE)
 #undef NORAVA_DECLARE
 
