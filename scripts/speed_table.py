@@ -64,7 +64,7 @@ def figures(rows):
 def main():
     rows = load(sys.argv[1])
     print(f"\n{processor()}; 48 kHz, blocks of 64 frames, one core. Cycles are core cycles a frame.")
-    print("Other work on the machine makes figures worse, never better: run it alone, and twice.\n")
+    print("Other work on the machine changes every figure: run it alone, and twice.\n")
     print(f"{'':36}{'measured':>10} {'':12}{'limit':>9}")
     for what, value, unit, limit, more in figures(rows):
         if value is None:

@@ -149,7 +149,8 @@ bool CPluginEditor::OpenEditor(void* parent) {
 }
 
 EditorSize CPluginEditor::GetEditorSize() const {
-    const int scale = IsOpen() ? GetSclFactor() : GetZoom();
+    const int own = IsOpen() ? GetSclFactor() : GetZoom();
+    const int scale = announcedScale > 0 ? announcedScale : own;
     return {GetSize().cx * scale, GetSize().cy * scale};
 }
 
@@ -166,10 +167,15 @@ void CPluginEditor::SetZoom(int factor) {
     if (definition == nullptr || factor == GetZoom()) return;
     definition->SetUIScalingFactor(factor);
     if (!IsOpen()) return;
+    // Hosts ask for the rectangle while they resize. One that does not resize keeps this window as
+    // it is; the next opening has the new size.
+    announcedScale = factor;
+    const EditorSize wanted = GetEditorSize();
+    const bool resized = wrapper != nullptr && wrapper->ResizeEditor(wanted.width, wanted.height);
+    announcedScale = 0;
+    if (!resized) return;
     void* const parent = openedIn;
     Close();
-    const EditorSize wanted = GetEditorSize();
-    if (wrapper != nullptr) wrapper->ResizeEditor(wanted.width, wanted.height);
     if (CanOpenEditor()) OpenEditor(parent);
 }
 

@@ -59,7 +59,8 @@ class CPluginEditor : public CWindowPort, public CPluginEditorInterface {
     void ShowAboutBox() override {}
 
     // Stored pixels a logical pixel of every panel of the process: first what the screen asks for,
-    // then what the user chose. An open panel opens again in its host's window, at the new size.
+    // then what the user chose. An open panel opens again in its host's window, at the new size,
+    // when the host can resize that.
     [[nodiscard]] int GetZoom() const;
     void SetZoom(int factor);
 
@@ -74,6 +75,7 @@ class CPluginEditor : public CWindowPort, public CPluginEditorInterface {
     CPluginRenderer* renderer = nullptr;
     CPluginWrapper* wrapper = nullptr;
     void* openedIn = nullptr;  // the host's window
+    int announcedScale = 0;    // while the host resizes it
     std::uint32_t allChangedSeen = 0;
 };
 

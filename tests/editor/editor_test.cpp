@@ -76,7 +76,8 @@ class EditorTest : public testing::Test, public CPluginWrapper {
     void FinishAutomation(int index) override { log.push_back("end " + std::to_string(index)); }
     bool ResizeEditor(int width, int height) override {
         log.push_back("size " + std::to_string(width) + " " + std::to_string(height));
-        return true;
+        EXPECT_EQ(editor->GetEditorSize().width, width) << "as the host finds it meanwhile";
+        return resizes;
     }
 
     static CPoint CentreOf(int id) { return FindPanelControl(id)->rect.GetCenter(); }
@@ -108,6 +109,7 @@ class EditorTest : public testing::Test, public CPluginWrapper {
     std::unique_ptr<CNoravaEditor> editor;
     OffscreenView* view = nullptr;
     InstrumentLink::StringPeaks peaks;
+    bool resizes = true;
     Log log;
 };
 
@@ -232,8 +234,11 @@ TEST_F(EditorTest, ZoomsInItsHostsWindow) {
     EXPECT_EQ(view->GetStoredSize(), CSize(2565, 1596));
     view->Click(CentreOf(kNamePlate));
     EXPECT_TRUE(editor->IsSuper()) << "the about box";
-    editor->CloseEditor();
+    view->Click({5, 5});
+    resizes = false;
     editor->SetZoom(1);
+    EXPECT_EQ(editor->GetEditorSize().height, 3 * 532) << "as long as this window is open";
+    editor->CloseEditor();
     EXPECT_EQ(editor->GetEditorSize().height, 532);
 }
 
