@@ -104,7 +104,7 @@ bool CControlButton::TimerEvent() {
 }
 
 void CControlButton::DrawFrame(CGraphicBuffer& buffer, int number, float opacity) const {
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     const CSize size(std::min(frame.cx, whole.width), std::min(frame.cy, whole.height));
     buffer.DrawImage(picture, CRect(whole.GetLeftTop(), size),
                      {origin.x, SaturatedInt(origin.y + int64_t{number} * frame.cy)}, opacity);
@@ -124,7 +124,7 @@ void CControlButton::DrawPicture(CGraphicBuffer& buffer) const {
 }
 
 void CControlButton::DrawFace(CGraphicBuffer& buffer) const {
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     const bool sunk = IsPressed() || (IsOn() && kind != Kind::click);
     CColor upper = sunk ? bottom : top;
     CColor lower = sunk ? Mixed(bottom, top, 0.5) : bottom;
@@ -160,7 +160,7 @@ void CControlButton::DrawFace(CGraphicBuffer& buffer) const {
 }
 
 void CControlButton::DrawLamp(CGraphicBuffer& buffer) const {
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     const float diameter = static_cast<float>(std::min(whole.width, whole.height));
     const CPointF center(static_cast<float>(whole.left) + diameter / 2,
                          static_cast<float>(whole.top) + static_cast<float>(whole.height) / 2);

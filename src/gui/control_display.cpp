@@ -20,7 +20,7 @@ bool CControlDisplay::SetText(const char* newText) {
 }
 
 CRect CControlDisplay::GetTextArea() const {
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     CPoint corner = whole.GetLeftTop();
     corner.Shift({textOffset.x, textOffset.y});
     if (textRect.IsEmpty() && selfDrawn) {

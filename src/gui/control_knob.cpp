@@ -72,7 +72,7 @@ void CControlKnob::DrawToBuffer() {
 void CControlKnob::DrawArrowKnob(CGraphicBuffer& buffer) const {
     using smooth_shapes::DrawArc;
     using smooth_shapes::FillDisc;
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     const float half = static_cast<float>(std::min(whole.width, whole.height)) / 2;
     const CPointF center(static_cast<float>(whole.left) + static_cast<float>(whole.width) / 2,
                          static_cast<float>(whole.top) + static_cast<float>(whole.height) / 2);
@@ -102,8 +102,8 @@ CRect CControlKnob::PlaceComment() {
     CGraphicBuffer* buffer = GetGraphicBuffer();
     const int needed = buffer ? MeasureLabel(*buffer, comment, false) : 0;
     const int width = std::max(kCommentWidth, needed + 2 * kCommentMargin);
-    const int left = std::min(GetRect().GetCenter().x - width / 2, window.cx - width);
-    const int top = std::min(GetRect().GetBottom(), window.cy - kCommentHeight);
+    const int left = std::min(TamedRect(GetRect()).GetCenter().x - width / 2, window.cx - width);
+    const int top = std::min(TamedRect(GetRect()).GetBottom(), window.cy - kCommentHeight);
     return {std::max(0, left), top, width, kCommentHeight};
 }
 

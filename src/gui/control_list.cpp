@@ -63,7 +63,7 @@ void CControlList::SetRect(CRect newRect) {
 }
 
 void CControlList::Layout() {
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     const int visible = std::max(1, (whole.height - 2 * inset.y) / kItemHeight);
     bar.SetRows(GetNumItems(), visible);
     bar.SetTrack({whole.GetRight() - kFrame - kBarWidth, whole.top + kFrame, kBarWidth,
@@ -71,7 +71,7 @@ void CControlList::Layout() {
 }
 
 CRect CControlList::GetItemRect(int index) const {
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     const int width = whole.width - 2 * kFrame - (bar.IsNeeded() ? kBarWidth + kFrame : 0);
     const int64_t top = whole.top + inset.y + (int64_t{index} - bar.GetTop()) * kItemHeight;
     return {whole.left + kFrame, SaturatedInt(top), width, kItemHeight};
@@ -101,7 +101,7 @@ void CControlList::DrawRow(CGraphicBuffer& buffer, int index) const {
 
 void CControlList::DrawToBuffer() {
     DrawBackground();
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     const PaintScope scope(GetGraphicBuffer(), whole);
     if (!scope) return;
     CGraphicBuffer& buffer = *GetGraphicBuffer();

@@ -111,7 +111,7 @@ void CControlMenu::SetValue(float newValue) {
 }
 
 CRect CControlMenu::GetItemRect(int number) const {
-    CRect item = listOpen ? listRect : GetRect();
+    CRect item = listOpen ? listRect : TamedRect(GetRect());
     const int64_t row = int64_t{number} - (listOpen ? bar.GetTop() : 0);
     item.left += kListMarginX;
     item.width -= 2 * kListMarginX + 2 + (listOpen && bar.IsNeeded() ? kScrollBarWidth : 0);
@@ -123,7 +123,7 @@ CRect CControlMenu::GetItemRect(int number) const {
 // Below the menu, or above where there is no room, or moved as far as the window wants it. As wide
 // as the widest text, with a scroll bar when it is higher than the window.
 void CControlMenu::PlaceList() {
-    const CRect closed = GetRect();
+    const CRect closed = TamedRect(GetRect());
     const CSize window = GetWindowPort()->GetSize();
     const int fitting = std::max(1, (window.cy - 2 * kListMarginY) / kItemHeight);
     bar.SetRows(GetNumItems(), std::min(GetNumItems(), fitting));

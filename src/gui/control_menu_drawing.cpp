@@ -18,7 +18,7 @@ constexpr int kSeparatorInset = 8;
 }  // namespace
 
 void CControlMenu::DrawClosed(CGraphicBuffer& buffer) const {
-    const CRect closed = GetRect();
+    const CRect closed = TamedRect(GetRect());
     if (const CImage* picture = GetImage()) {
         const int height = picture->GetSize().cy / 2;
         buffer.DrawImage(

@@ -51,13 +51,14 @@ void CControlSlider::SetAxisY() {
 
 CSize CControlSlider::GetHandleSize() const {
     if (hasHandleImage) return handlePart.GetSize();
-    return IsAxisX() ? CSize(kHandleLength, GetRect().height)
-                     : CSize(GetRect().width, kHandleLength);
+    return IsAxisX() ? CSize(kHandleLength, TamedRect(GetRect()).height)
+                     : CSize(TamedRect(GetRect()).width, kHandleLength);
 }
 
 int CControlSlider::GetTravel() const {
     const CSize handle = GetHandleSize();
-    return std::max(1, IsAxisX() ? GetRect().width - handle.cx : GetRect().height - handle.cy);
+    return std::max(1, IsAxisX() ? TamedRect(GetRect()).width - handle.cx
+                                 : TamedRect(GetRect()).height - handle.cy);
 }
 
 void CControlSlider::FitSpeed() {
@@ -65,7 +66,7 @@ void CControlSlider::FitSpeed() {
 }
 
 CRect CControlSlider::GetHandleRect() const {
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     const CSize handle = GetHandleSize();
     const auto travel = static_cast<float>(GetTravel());
     const float unit = ToUnit(GetValue());
@@ -83,7 +84,7 @@ void CControlSlider::Slider_DrawToBufferWithImages(CGraphicBuffer& buffer) const
 }
 
 void CControlSlider::DrawTrack(CGraphicBuffer& buffer) const {
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     const CPoint handle = GetHandleRect().GetCenter();
     const int inset = kHandleLength / 2 - 1;
     CRect groove = whole;

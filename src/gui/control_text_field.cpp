@@ -51,7 +51,7 @@ std::string CControlTextField::GetSelectedText() const {
 }
 
 CRect CControlTextField::GetTextArea() const {
-    const CRect whole = GetRect();
+    const CRect whole = TamedRect(GetRect());
     return {whole.left + kMargin, whole.top + 1, whole.width - 2 * kMargin, whole.height - 2};
 }
 

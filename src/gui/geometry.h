@@ -94,4 +94,12 @@ struct CRect {
     constexpr bool operator==(const CRect&) const = default;
 };
 
+// The same place for every window there is, with numbers that can be added without care.
+inline constexpr int kFurthestPlace = 1 << 24;
+constexpr CRect TamedRect(const CRect& rect) {
+    const auto place = [](int value) { return std::clamp(value, -kFurthestPlace, kFurthestPlace); };
+    const auto length = [](int value) { return std::clamp(value, 0, kFurthestPlace); };
+    return {place(rect.left), place(rect.top), length(rect.width), length(rect.height)};
+}
+
 }  // namespace norava

@@ -104,7 +104,7 @@ class EditorTest : public testing::Test, public CPluginWrapper {
     // Since the last call.
     std::vector<CRect> Painted() { return view->TakePresented(); }
 
-    const test::ProgramFolder folder;
+    const test::ProgramFolder folder{};
     std::unique_ptr<CNoravaSynth> synth;
     std::unique_ptr<CNoravaEditor> editor;
     OffscreenView* view = nullptr;

@@ -79,7 +79,7 @@ inline std::string Listing(const LibrarySnapshot& library) {
 }
 
 // An instrument on a library, and a host that writes down what it is told.
-class LibrarySynth : public CPluginWrapper {
+class LibrarySynth final : public CPluginWrapper {
   public:
     explicit LibrarySynth(const LibraryPlace& place) : synth((NeedDefinition(), place)) {
         synth.SetWrapper(this);

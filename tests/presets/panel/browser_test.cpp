@@ -52,7 +52,7 @@ class BrowserTest : public testing::Test {
     }
     void ClickTool(int x) { view->Click({177 + x, 47}); }
 
-    const ProgramFolder folder;
+    const ProgramFolder folder{};
     test::OffscreenWindow window{CSize(855, 532)};
     std::unique_ptr<LibrarySynth> instance;
     CPresetListEditor* browser = nullptr;
