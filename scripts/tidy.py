@@ -2,7 +2,7 @@
 """Runs clang-tidy on the sources that git knows. Usage: tidy.py PROJECT BUILD [JOBS]
 
 Most of a run goes into reading the library's headers again for each source, so all sources of a folder are given to it
-as one file, which takes an eighth of the time. Where two of them do not go together (they have names of their own that
+as one file. Where two of them do not go together (they have names of their own that
 are equal), the halves are tried, down to single files."""
 
 import json

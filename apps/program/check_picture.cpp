@@ -183,7 +183,8 @@ void WriteCheckPicture(std::ostream& out, std::span<const CheckedProgram> progra
             svg.Text(kMargin, y + kGroupHeight - 6, category, " font-weight='bold'");
             y += kGroupHeight;
         }
-        DrawRow(svg, program, y + kRowHeight / 2);
+        const int middle = y + kRowHeight / 2;
+        DrawRow(svg, program, middle);
         y += kRowHeight;
     }
     out << "</svg>\n";

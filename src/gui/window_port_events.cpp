@@ -32,10 +32,10 @@ void CWindowPort::FinishEvent() {
 }
 
 CControlGroup* CWindowPort::GetSuperControlGroup() const {
-    const std::vector<CControlGroup*>& members = superGroups.GetMembers();
-    for (auto group = members.rbegin(); group != members.rend(); ++group)
-        if (!(*group)->IsDisabled()) return *group;
-    return nullptr;
+    CControlGroup* latest = nullptr;
+    for (CControlGroup* group : superGroups.GetMembers())
+        if (!group->IsDisabled()) latest = group;
+    return latest;
 }
 
 CControl* CWindowPort::GetSuperControl() const {

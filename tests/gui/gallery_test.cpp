@@ -239,7 +239,7 @@ class Storm {
 
 TEST(Gallery, OutlivesAStormOfEvents) {
     const char* wanted = std::getenv("NORAVA_STORM_EVENTS");
-    const long events = wanted ? std::atol(wanted) : 20000;
+    const long events = wanted ? std::strtol(wanted, nullptr, 10) : 20000;
     unsigned seed = 4;
     auto storm = std::make_unique<Storm>(seed);
     for (long i = 0; i < events; ++i) {
