@@ -32,7 +32,7 @@ check_asan() {
 check_tsan() {
     build tsan tests/all
     setarch "$(uname -m)" -R ctest --preset tsan -j 2 \
-        -L '^(framework|files|presets|synth|gui|editor|host|host_adapter|apps)$' -LE '^slow$'
+        -L '^(framework|files|presets|presets_panel|synth|gui|editor|host|host_adapter|apps)$' -LE '^slow$'
 }
 
 check_rtsan() {
