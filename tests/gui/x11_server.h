@@ -71,6 +71,9 @@ class Server {
         if (process > 0) {
             kill(process, SIGKILL);
             waitpid(process, nullptr, 0);
+            // Its number may be that of another test's server in a moment.
+            const char* const named = std::getenv("DISPLAY");
+            if (named && display == named) setenv("DISPLAY", ":9999", 1);
         }
         process = 0;
     }

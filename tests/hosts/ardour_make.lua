@@ -17,8 +17,12 @@ assert(track:add_processor_by_index(notes, 0, nil, true) == 0, "the note source 
 local instrument = track:nth_plugin(1)
 assert(instrument:name() == "Norava" and instrument:active(), "the instrument is not active")
 
--- "Amp Release", which the loading script expects again.
-assert(ARDOUR.LuaAPI.set_processor_param(instrument, 5, 0.25), "no such parameter")
+-- The instrument starts with a program of its bank; the other scripts expect these values of a plain one again: the
+-- defaults of everything that shapes pitch and level, and "Amp Release" at 0.25.
+local plain = { [0] = 0.5, [1] = 0.5, [2] = 0, [3] = 1, [4] = 1, [5] = 0.25, [17] = 0, [20] = 0, [22] = 0, [113] = 0.5 }
+for index, value in pairs(plain) do
+  assert(ARDOUR.LuaAPI.set_processor_param(instrument, index, value), "no parameter " .. index)
+end
 session:request_roll(ARDOUR.TransportRequestSource.TRS_UI)
 sleep(3)
 print("rolling: " .. tostring(session:transport_rolling()) .. ", at frame " .. session:transport_sample())
