@@ -1,8 +1,6 @@
 // Writes a picture of the two built-in fonts, for whoever draws them: all letters, words as the
 // panel shows them, and light, dark and coloured grounds, at the sizes that screens of one to three
 // times have.
-#include <png.h>
-
 #include <charconv>
 #include <cstdio>
 #include <string>
@@ -11,7 +9,7 @@
 #include <vector>
 
 #include "gui/graphic_buffer.h"
-#include "gui/pixel_target.h"
+#include "png_file/png_file.h"
 
 namespace norava {
 namespace {
@@ -76,24 +74,6 @@ void DrawSheet(CGraphicBuffer& sheet) {
     }
 }
 
-class PngFile : public PixelTarget {
-  public:
-    explicit PngFile(const char* filePath) : path(filePath) {}
-    void ShowPixels(const uint32_t* words, CSize size, CRect) override {
-        png_image image{};
-        image.version = PNG_IMAGE_VERSION;
-        image.width = static_cast<png_uint_32>(size.cx);
-        image.height = static_cast<png_uint_32>(size.cy);
-        image.format = PNG_FORMAT_RGBA;
-        // Rows lie bottom-up, which a negative stride says.
-        written = png_image_write_to_file(&image, path, 0, words, -4 * size.cx, nullptr) != 0;
-    }
-    bool written = false;
-
-  private:
-    const char* path;
-};
-
 }  // namespace
 }  // namespace norava
 
@@ -112,6 +92,6 @@ int main(int count, char** arguments) {
     norava::DrawSheet(sheet);
     norava::PngFile file(arguments[1]);
     sheet.Present(&file, norava::CRect({0, 0}, sheet.GetSize()), {0, 0});
-    if (!file.written) std::fprintf(stderr, "%s: cannot be written\n", arguments[1]);
-    return file.written ? 0 : 1;
+    if (!file.IsWritten()) std::fprintf(stderr, "%s: cannot be written\n", arguments[1]);
+    return file.IsWritten() ? 0 : 1;
 }
