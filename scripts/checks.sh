@@ -36,6 +36,7 @@ check_tsan() {
 }
 
 check_rtsan() {
+    ( need_packages rtsan ) || true
     if ! compgen -G "$(clang++-22 -print-resource-dir 2>/dev/null)/lib/linux/libclang_rt.rtsan-*.a" >/dev/null; then
         say "rtsan: skipped, there are no clang-22 and libclang-rt-22-dev here (Debian's security updates have them)"
         return 0

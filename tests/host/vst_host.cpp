@@ -43,6 +43,8 @@ VstInstance::VstInstance() {
     if (entry != nullptr) effect = entry(Callback);
     EXPECT_NE(effect, nullptr);
     effect->resvd1 = reinterpret_cast<vst::iptr>(this);
+    automated.reserve(
+        1 << 12);  // a host takes no memory while it is told inside its processing call
     Dispatch(vst::effOpen);
 }
 
