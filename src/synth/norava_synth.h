@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -71,6 +72,11 @@ class CNoravaSynth : public CPluginRenderer {
     // The factor of one output: master level and controller 7, and controller 10, which lowers the
     // right side above its centre and the left side below it. Audio thread.
     float GetChnLevel(bool right) const;
+
+    // What the next noise is made from, 0 at first and not touched by Reset: with equal seeds, equal
+    // calls after a Reset give equal samples. Audio thread.
+    std::uint32_t GetNoiseSeed() const { return sound.noiseSeed; }
+    void SetNoiseSeed(std::uint32_t seed) { sound.noiseSeed = seed; }
 
     // Largest magnitudes since they were cleared: of the output, and of each string before mix and
     // effects. Any thread.
