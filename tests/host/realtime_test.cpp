@@ -1,6 +1,7 @@
 #ifndef NORAVA_SANITIZED
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -130,6 +131,33 @@ TEST(ModuleRealtime, WaitsForNothingWhilePlaying) {
         for (int block = 0; block < 200; ++block)
             ExpectQuiet(host.Block(512), "keys dying away");
     }
+}
+
+// A page that the system has yet to hand out is a visit to it at the first touch, however it was
+// asked for.
+TEST(ModuleRealtime, TakesNoNewPagesWhilePlaying) {
+    const auto pagesTaken = [] {
+        rusage usage{};
+        getrusage(RUSAGE_THREAD, &usage);
+        return usage.ru_minflt;
+    };
+    RealtimeHost host(96000.0f);
+    for (const int switched : {kDelayOn, kChorusOn, kReverbOn})
+        host.instance.Set(switched, 1.0f);
+    for (int band = 0; band < kResonatorBands; ++band)
+        host.instance.Set(kResonatorOn + band, 1.0f);
+    // The first notes bring in the code that plays them.
+    host.Queue(0, 0x90, 60, 100);
+    host.Block(2048);
+    host.Queue(0, 0x90, 60, 100);
+    host.Block(2048);
+    const long before = pagesTaken();
+    for (int block = 0; block < 120; ++block) {
+        host.Queue(0, 0x90, 24 + block % 84, 100);
+        host.Block(2048);
+    }
+    constexpr long kOfTheMachinesOwn = 16;
+    EXPECT_LE(pagesTaken() - before, kOfTheMachinesOwn) << "pages first touched while playing";
 }
 
 TEST(ModuleRealtime, WaitsForNothingWhenAutomated) {
