@@ -49,7 +49,7 @@ std::vector<struct sigaction> SignalHandlers() {
 }
 
 TEST(ModuleEnvironment, KeepsSignalsLocaleAndFolder) {
-    std::setlocale(LC_ALL, "C");
+    ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);  // "C" would hide a change to it
     std::array<char, 4096> folder;
     ASSERT_NE(getcwd(folder.data(), folder.size()), nullptr);
     const auto handlers = SignalHandlers();
@@ -60,10 +60,26 @@ TEST(ModuleEnvironment, KeepsSignalsLocaleAndFolder) {
                               sizeof(handlers[i].sa_handler)),
                   0)
             << "signal " << i + 1;
-    EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
+    EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C.UTF-8");
+    std::setlocale(LC_ALL, "C");
     std::array<char, 4096> folderAfter;
     ASSERT_NE(getcwd(folderAfter.data(), folderAfter.size()), nullptr);
     EXPECT_STREQ(folder.data(), folderAfter.data());
+}
+
+// A signal that this thread does not take now is nobody's until it does.
+TEST(ModuleEnvironment, LeavesSignalsToTheHostsThreads) {
+    VstInstance instance;
+    sigset_t signals, before, waiting;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &signals, &before);
+    auto* const handler = std::signal(SIGUSR1, [](int) {});
+    kill(getpid(), SIGUSR1);
+    sigpending(&waiting);
+    EXPECT_EQ(sigismember(&waiting, SIGUSR1), 1) << "a signal went to a thread of ours";
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    std::signal(SIGUSR1, handler);
 }
 
 #if defined(__SSE__)

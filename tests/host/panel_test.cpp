@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <set>
 
 #include "gui/x11_server.h"
@@ -75,6 +76,12 @@ TEST_F(PanelTest, OpensInTheHostsWindowAndReportsEdits) {
 
 TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
     instance->Start(48000.0f);
+    const auto brokenPipeHandler = [] {
+        struct sigaction action;
+        sigaction(SIGPIPE, nullptr, &action);
+        return action.sa_handler;
+    };
+    auto* const before = brokenPipeHandler();
     for (int i = 0; i < 20; ++i) {
         ASSERT_TRUE(Open()) << i;
         instance->Dispatch(vst::effEditIdle);
@@ -97,6 +104,7 @@ TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
     instance->Note(64);
     EXPECT_TRUE(IsFinite(instance->Render(4800)));
     instance.reset();  // effClose with whatever is left of the panel
+    EXPECT_EQ(brokenPipeHandler(), before) << "the signal of a lost server is the host's";
 }
 
 }  // namespace
