@@ -177,6 +177,7 @@ TEST(ReplaceFile, KeepsLinkAndPermissions) {
     folder.Write("real", "old");
     ASSERT_EQ(chmod(folder.Path("real").c_str(), 0640), 0);
     ASSERT_EQ(symlink("real", folder.Path("link").c_str()), 0);
+    const std::size_t openBefore = NamesIn("/proc/self/fd").size();
     EXPECT_TRUE(file_system::ReplaceFile(folder.Path("link").c_str(), "new one", 7));
     EXPECT_EQ(folder.Read("real"), "new one");
     EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("link")));
@@ -190,6 +191,7 @@ TEST(ReplaceFile, KeepsLinkAndPermissions) {
     EXPECT_FALSE(file_system::ReplaceFile(folder.Path("dangling").c_str(), "x", 1));
     EXPECT_TRUE(std::filesystem::is_symlink(folder.Path("dangling")));
     EXPECT_EQ(NamesIn(folder.Path()).size(), 4u);
+    EXPECT_EQ(NamesIn("/proc/self/fd").size(), openBefore);
 }
 
 TEST(ReplaceFile, FailingLeavesTheOldFileAlone) {

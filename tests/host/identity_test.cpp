@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <thread>
@@ -174,6 +175,10 @@ TEST(ModuleLife, IsClosedAtAnyTime) {
 }
 
 TEST(ModuleLife, IsMadeOnSeveralThreads) {
+    const auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = openFiles();
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([] {
@@ -187,6 +192,7 @@ TEST(ModuleLife, IsMadeOnSeveralThreads) {
     }
     for (auto& thread : threads)
         thread.join();
+    EXPECT_EQ(openFiles(), before);
 }
 
 }  // namespace
