@@ -5,6 +5,7 @@
 #include <set>
 
 #include "gui/x11_server.h"
+#include "host/call_watch.h"
 #include "host/vst_host.h"
 
 namespace norava {
@@ -73,6 +74,25 @@ TEST_F(PanelTest, OpensInTheHostsWindowAndReportsEdits) {
     EXPECT_NE(instance->Get(kHiCutCutoff), before);
     EXPECT_EQ(desktop->WhereIsMouse(), kOnCutoff) << "the pointer comes back";
 }
+
+#ifndef NORAVA_SANITIZED
+TEST_F(PanelTest, IsNothingThatSoundWaitsFor) {
+    instance->Start(48000.0f);
+    ASSERT_TRUE(Open());
+    ASSERT_TRUE(Idle([&] { return Colours() > 1000; }));
+    std::vector<float> left(256), right(256);
+    for (int block = 0; block < 50; ++block) {
+        instance->Note(24 + block);
+        CallWatch watch;
+        instance->Process(left.data(), right.data(), 256);
+        instance->Set(kHiCutCutoff, static_cast<float>(block) / 50.0f);
+        const CallReport report = watch.Stop();
+        EXPECT_EQ(report.memoryCalls + report.lockCalls + report.systemCalls, 0);
+        instance->Dispatch(vst::effEditIdle);
+    }
+    instance->Dispatch(vst::effEditClose);
+}
+#endif
 
 TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
     instance->Start(48000.0f);

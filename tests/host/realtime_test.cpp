@@ -5,7 +5,10 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
+#include <atomic>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "host/call_watch.h"
@@ -188,6 +191,33 @@ TEST(ModuleRealtime, WaitsForNothingAfterALoadedState) {
         for (int block = 0; block < 20; ++block)
             ExpectQuiet(host.Block(512), "everything at its limits");
     }
+}
+
+TEST(ModuleRealtime, WaitsForNothingWhileOthersLoadSaveAndLook) {
+    RealtimeHost host(48000.0f);
+    const std::vector<char> one = host.instance.Chunk();
+    host.instance.Set(kReverbOn, 1.0f);
+    std::vector<char> other = host.instance.Chunk();
+    std::atomic<bool> done = false;
+    std::thread owner([&] {
+        for (int i = 0; !done; ++i) {
+            std::array<char, 64> text;
+            host.instance.LoadChunk(i % 2 == 0 ? one : other);
+            host.instance.Dispatch(vst::effGetProgramName, 0, 0, text.data());
+            host.instance.Dispatch(vst::effGetParamDisplay, i % VstInstance::kParams, 0,
+                                   text.data());
+            other = host.instance.Chunk();
+            host.instance.automated.clear();
+        }
+    });
+    for (int block = 0; block < 400; ++block) {
+        host.Queue(0, 0x90, 24 + block % 84, 100);
+        for (int controller = 0; controller < 128; ++controller)
+            host.Queue(block % 32, 0xB0, controller, (block + controller) % 128);
+        ExpectQuiet(host.Block(128), "another thread loads, saves and shows");
+    }
+    done = true;
+    owner.join();
 }
 
 }  // namespace
