@@ -4,7 +4,6 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <string_view>
 #include <tuple>
 
 #include "program_text/text_tokens.h"
@@ -30,6 +29,13 @@ std::string ReadAll(const fs::path& path) {
     return bytes;
 }
 
+void RequireKnownEnding(const fs::path& path) {
+    const std::string ending = path.extension().string();
+    if (ending != ".txt" && ending != ".norava" && ending != ".fxp") {
+        throw BadInput(path.string() + ": programs end in .txt, .norava or .fxp");
+    }
+}
+
 // A host's program file around an opaque chunk: numbers big-endian, the chunk from byte 60.
 std::string_view FindChunk(std::string_view file, const fs::path& path) {
     constexpr std::size_t kFormOffset = 8;
@@ -48,8 +54,11 @@ Program FromBlock(std::string_view block, const fs::path& path) {
     }
     Program program;  // what a shorter block lacks keeps its default
     std::copy_n(state.values.begin(), state.numValues, program.values.begin());
-    program.name = state.hasName ? state.name.data() : "";
-    if (program.name.empty()) program.name = path.stem().string();
+    const std::string stem = path.stem().string();
+    const bool isNamed = state.hasName && state.name.front() != '\0';
+    // A name that fills its field, and a file's, may be longer than what a block keeps.
+    NameState(state, isNamed ? std::string_view(state.name.data()) : stem);
+    program.name = state.name.data();
     return program;
 }
 
@@ -67,13 +76,15 @@ StateBlock ToBlock(const Program& program) {
 }
 
 Program LoadProgram(const fs::path& path) {
+    RequireKnownEnding(path);
+    return ReadProgram(ReadAll(path), path);
+}
+
+Program ReadProgram(std::string_view bytes, const fs::path& path) {
+    RequireKnownEnding(path);
     const std::string ending = path.extension().string();
-    if (ending != ".txt" && ending != ".norava" && ending != ".fxp") {
-        throw BadInput(path.string() + ": programs end in .txt, .norava or .fxp");
-    }
-    const std::string bytes = ReadAll(path);
     if (ending == ".txt") return ParseProgram(bytes, path.string());
-    return FromBlock(ending == ".fxp" ? FindChunk(bytes, path) : std::string_view(bytes), path);
+    return FromBlock(ending == ".fxp" ? FindChunk(bytes, path) : bytes, path);
 }
 
 void SaveProgram(const fs::path& path, const Program& program) {

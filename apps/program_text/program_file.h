@@ -3,6 +3,7 @@
 #include <array>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "program_text/program_text.h"
@@ -19,6 +20,8 @@ StateBlock ToBlock(const Program& program);
 
 // Decided by the name's ending. Throws BadInput that begins with the path.
 Program LoadProgram(const std::filesystem::path& path);
+// The same for what such a file holds.
+Program ReadProgram(std::string_view bytes, const std::filesystem::path& path);
 
 // The whole file or nothing: written beside and renamed. Throws OutputError.
 void SaveProgram(const std::filesystem::path& path, const Program& program);

@@ -39,6 +39,8 @@ std::string UnescapeName(std::string_view text) {
     constexpr std::size_t kEscapeSize = 4;
     std::string name;
     while (!text.empty()) {
+        // It would end the name in a block.
+        if (text.front() == '\0') throw BadInput("the name holds a zero byte");
         if (text.front() != '\\') {
             name += text.front();
             text.remove_prefix(1);
