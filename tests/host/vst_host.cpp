@@ -73,11 +73,12 @@ vst::iptr VstInstance::Callback(vst::AEffect* effect, vst::i32 opcode, vst::i32 
         case vst::audioMasterGetTime:
             return host->time.flags != 0 ? reinterpret_cast<vst::iptr>(&host->time) : 0;
         case vst::audioMasterAutomate:
-            host->automated.emplace_back(index, opt);
+            if (!host->forgetsReports) host->automated.emplace_back(index, opt);
             return 0;
         case vst::audioMasterBeginEdit:
         case vst::audioMasterEndEdit:
-            host->edits.emplace_back(index, opcode == vst::audioMasterBeginEdit);
+            if (!host->forgetsReports)
+                host->edits.emplace_back(index, opcode == vst::audioMasterBeginEdit);
             return 1;
         default:
             return 0;

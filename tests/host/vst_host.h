@@ -65,7 +65,8 @@ class VstInstance {
     void Process(float* left, float* right, int frames);
 
     vst::AEffect* effect = nullptr;
-    vst::VstTimeInfo time{};  // what the host answers; flags 0: it knows nothing
+    vst::VstTimeInfo time{};      // what the host answers; flags 0: it knows nothing
+    bool forgetsReports = false;  // several threads may be told then
     std::vector<std::pair<int, float>> automated;
     std::vector<std::pair<int, bool>> edits;  // parameter, begun
 
