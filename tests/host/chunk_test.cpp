@@ -104,14 +104,15 @@ TEST(ModuleChunk, RefusesWhatIsNoState) {
     VstInstance instance;
     instance.Set(3, 0.125f);
     const std::vector<char> before = instance.Chunk();
-    std::vector<char> foreign = before;
+    std::vector<char> other = before;
+    SetValue(other, 3, 0);
+    std::vector<char> foreign = other;
     foreign[2] = 'Z';
-    SetValue(foreign, 3, 0);
     EXPECT_EQ(instance.LoadChunk(foreign), 0);
     EXPECT_EQ(instance.LoadChunk({'1', 'q', 'z'}), 0);
     const vst::iptr huge = vst::iptr{1} << 40;
     for (const vst::iptr size : {vst::iptr{-1}, -huge, huge, huge + VstInstance::kChunkSize})
-        EXPECT_EQ(instance.Dispatch(vst::effSetChunk, 0, size, foreign.data()), 0);
+        EXPECT_EQ(instance.Dispatch(vst::effSetChunk, 0, size, other.data()), 0);
     EXPECT_EQ(instance.Dispatch(vst::effSetChunk, 0, 588, nullptr), 0);
     EXPECT_EQ(instance.Dispatch(vst::effGetChunk, 0, 0, nullptr), 0);
     EXPECT_TRUE(instance.automated.empty());
