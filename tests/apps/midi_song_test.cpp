@@ -58,16 +58,19 @@ TEST(MidiSong, WhatNoInstrumentPlaysIsPassedOver) {
 }
 
 TEST(MidiSong, TracksAreMergedByTimeAndTempoAppliesToAll) {
-    // The tempo track doubles the speed after one quarter; notes sit in two further tracks.
+    // The tempo track doubles the speed after one quarter; notes sit in two further tracks, the
+    // last of which takes it back.
     const Bytes tempo = Track({96, 0xFF, 0x51, 3, 0x03, 0xD0, 0x90});  // 250000 microseconds
     const Bytes first = Track({96, 0x90, 60, 1, 96, 0x90, 61, 1});
-    const Bytes second = Track({0, 0x95, 40, 1, 0x81, 0x40, 0x95, 41, 1});  // 192 ticks later
+    const Bytes second = Track({0, 0x95, 40, 1, 0x81, 0x40, 0x95, 41, 1,  // 192 ticks later
+                                0, 0xFF, 0x51, 3, 0x07, 0xA1, 0x20});
     const MidiSong song =
         ReadMidiSong(Header(1, 3) + tempo + Chunk("XFIH", {1, 2, 3}) + first + second);
 
     EXPECT_THAT(TimesOf(song), ElementsAre(0.0, 0.5, 0.75, 0.75));
     EXPECT_EQ(song.events[2].bytes[1], 61);  // of two at once, the earlier track's first
-    ASSERT_EQ(song.tempos.size(), 2u);
+    ASSERT_EQ(song.tempos.size(), 3u);
+    EXPECT_DOUBLE_EQ(song.tempos[2].seconds, 0.75);
     EXPECT_DOUBLE_EQ(song.tempos[0].beatsPerMinute, 120.0);
     EXPECT_DOUBLE_EQ(song.tempos[1].beatsPerMinute, 240.0);
     EXPECT_DOUBLE_EQ(song.tempos[1].seconds, 0.5);
