@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -150,8 +151,10 @@ TEST_F(EditorTest, FollowsWhatChangesElsewhere) {
     for (const int id : {int{param::kMasterLevel}, int{param::kOctave}, int{param::kMatrix} + 1}) {
         synth->SetParamValue(id, 0.75f);
         synth->SetParamNeedUpdate(id);
+        Painted();
         view->Tick();
         EXPECT_EQ(Shown(id), 0.75f) << id;
+        EXPECT_THAT(Painted(), testing::Contains(FindPanelControl(id)->rect)) << id;
     }
     const std::string state = test::Block(0.5f, "Restored");
     ASSERT_TRUE(synth->LoadState(state.data(), static_cast<int>(state.size())));
