@@ -1,0 +1,225 @@
+"""A display of its own for a host: starts programs there, works them with real events, looks at what they show.
+
+Needs Debian's xvfb, openbox and python3-xlib. Every wait has a limit; a step that fails is named by StepFailed."""
+
+import os
+import re
+import signal
+import struct
+import subprocess
+import time
+import zlib
+
+from Xlib import X, XK
+from Xlib.display import Display
+from Xlib.ext import xtest
+from Xlib.protocol.event import ClientMessage
+
+PANEL = (855, 532)
+
+
+class StepFailed(Exception):
+    pass
+
+
+def wait(step, condition, seconds=40):
+    """Asks until there is an answer, which is returned."""
+    end = time.monotonic() + seconds
+    while True:
+        answer = condition()
+        if answer:
+            return answer
+        if time.monotonic() > end:
+            raise StepFailed(f"{step}: not within {seconds} seconds")
+        time.sleep(0.1)
+
+
+def check(step, holds, found=""):
+    if not holds:
+        raise StepFailed(f"{step}: {found}")
+    print(f"  {step}{f': {found}' if found != '' else ''}", flush=True)
+
+
+class Picture:
+    """Rows of pixels, four bytes each: blue, green, red, unused."""
+
+    def __init__(self, width, height, data):
+        self.width, self.height, self.data = width, height, data
+
+    def differing(self, other):
+        """The rectangle (left, top, right, bottom) in which two pictures of a size differ; None where they do not."""
+        stride = 4 * self.width
+        rows = [y for y in range(self.height) if self.data[y * stride:][:stride] != other.data[y * stride:][:stride]]
+        if not rows:
+            return None
+        columns = [
+            x for x in range(self.width)
+            if any(self.data[y * stride + 4 * x:][:3] != other.data[y * stride + 4 * x:][:3] for y in rows)
+        ]
+        return (columns[0], rows[0], columns[-1] + 1, rows[-1] + 1) if columns else None
+
+    def colours(self):
+        return len({self.data[i:i + 3] for i in range(0, len(self.data), 4)})
+
+    def save(self, path):
+        def chunk(kind, body):
+            return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+
+        rows = bytearray()
+        for y in range(self.height):
+            row = self.data[4 * self.width * y:][:4 * self.width]
+            rgb = bytearray(3 * self.width)
+            rgb[0::3], rgb[1::3], rgb[2::3] = row[2::4], row[1::4], row[0::4]
+            rows += b"\0" + rgb
+        header = struct.pack(">IIBBBBB", self.width, self.height, 8, 2, 0, 0, 0)
+        with open(path, "wb") as file:
+            file.write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header))
+            file.write(chunk(b"IDAT", zlib.compress(bytes(rows), 9)) + chunk(b"IEND", b""))
+
+
+class Desktop:
+    """Used in a with statement: whatever was started in it is ended with it."""
+
+    def __init__(self, folder, size=(1600, 1000)):
+        self.folder, self.size, self.groups, self.logs = folder, size, [], []
+
+    def __enter__(self):
+        read, write = os.pipe()
+        screen = f"{self.size[0]}x{self.size[1]}x24"
+        self.start("Xvfb", "-displayfd", str(write), "-screen", "0", screen, "-nolisten", "tcp", pass_fds=[write])
+        os.close(write)
+        with os.fdopen(read) as number:
+            name = ":" + number.readline().strip()
+        if name == ":":
+            raise StepFailed("Xvfb does not start")
+        os.environ["DISPLAY"] = name
+        self.display = Display(name)
+        self.root = self.display.screen().root
+        self.start("openbox")
+        wait("a window manager", lambda: self.property(self.root, "_NET_SUPPORTING_WM_CHECK"))
+        return self
+
+    def __exit__(self, kind, *_):
+        if kind is not None and "NORAVA_PICTURES" in os.environ:
+            self.picture().save(os.path.join(os.environ["NORAVA_PICTURES"], "failed.png"))
+        for sign in (signal.SIGTERM, signal.SIGKILL):
+            for process in reversed(self.groups):
+                try:
+                    os.killpg(process.pid, sign)
+                    process.wait(5)
+                except (ProcessLookupError, subprocess.TimeoutExpired):
+                    pass
+
+    def start(self, *command, **options):
+        """Starts a program in a process group of its own; what it says goes to a file in the folder."""
+        path = os.path.join(self.folder, f"{os.path.basename(command[0])}.log")
+        with open(path, "ab") as log:
+            process = subprocess.Popen(
+                command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True, **options)
+        self.groups.append(process)
+        self.logs.append(path)
+        return process
+
+    def property(self, window, name):
+        found = window.get_full_property(self.display.intern_atom(name), X.AnyPropertyType)
+        return found.value if found else None
+
+    def windows(self):
+        """Windows of programs by their titles."""
+        found = {}
+        for number in self.property(self.root, "_NET_CLIENT_LIST") or []:
+            window = self.display.create_resource_object("window", number)
+            try:
+                title = self.property(window, "_NET_WM_NAME") or window.get_wm_name() or b""
+            except Exception:  # it went in between
+                continue
+            found[title.decode() if isinstance(title, bytes) else title] = window
+        return found
+
+    def window(self, pattern):
+        return next((window for title, window in self.windows().items() if re.search(pattern, title)), None)
+
+    def place(self, window):
+        """Left, top, width and height on the screen."""
+        shape = window.get_geometry()
+        corner = window.translate_coords(self.root, 0, 0)
+        return -corner.x, -corner.y, shape.width, shape.height
+
+    def panel_in(self, window, scale=1):
+        """The panel's own window, somewhere inside a host's window."""
+        for child in window.query_tree().children:
+            shape = child.get_geometry()
+            if (shape.width, shape.height) == (PANEL[0] * scale, PANEL[1] * scale):
+                return self.panel_in(child, scale) or child
+            found = self.panel_in(child, scale)
+            if found:
+                return found
+        return None
+
+    def tell(self, window, kind, *words):
+        data = (32, (list(words) + [0] * 5)[:5])
+        event = ClientMessage(window=window, client_type=self.display.intern_atom(kind), data=data)
+        self.root.send_event(event, event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        self.display.flush()
+
+    def bring_up(self, window):
+        self.tell(window, "_NET_ACTIVE_WINDOW", 2)
+        wait("a window in front", lambda: window.id in (self.property(self.root, "_NET_ACTIVE_WINDOW") or []))
+
+    def put(self, window, x, y, width=None, height=None):
+        """Moves the window's inside there."""
+        window.configure(**{key: value for key, value in
+                            (("x", x), ("y", y), ("width", width), ("height", height)) if value is not None})
+        self.display.sync()
+        time.sleep(0.5)
+
+    def picture(self, x=0, y=0, width=None, height=None):
+        width, height = width or self.size[0], height or self.size[1]
+        width, height = min(width, self.size[0] - x), min(height, self.size[1] - y)
+        return Picture(width, height, self.root.get_image(x, y, width, height, X.ZPixmap, 0xFFFFFFFF).data)
+
+    def still_picture(self, step, *place):
+        """A picture that has stopped changing, with more in it than a plain surface."""
+        last = self.picture(*place)
+
+        def settled():
+            nonlocal last
+            before = last
+            time.sleep(0.4)
+            last = self.picture(*place)
+            return last.data == before.data and last.colours() > 1000
+
+        wait(step, settled)
+        return last
+
+    def move(self, x, y):
+        xtest.fake_input(self.display, X.MotionNotify, x=x, y=y)
+        self.display.sync()
+        time.sleep(0.05)
+
+    def move_by(self, x, y):
+        xtest.fake_input(self.display, X.MotionNotify, detail=True, x=x, y=y)
+        self.display.sync()
+        time.sleep(0.05)
+
+    def button(self, number, down):
+        xtest.fake_input(self.display, X.ButtonPress if down else X.ButtonRelease, number)
+        self.display.sync()
+        time.sleep(0.05)
+
+    def click(self, x, y, button=1, times=1):
+        self.move(x, y)
+        for _ in range(times):
+            self.button(button, True)
+            self.button(button, False)
+
+    def keys(self, *names):
+        """Key strokes; "Control_L+s" holds the first while the second is struck."""
+        for name in names:
+            codes = [self.display.keysym_to_keycode(XK.string_to_keysym(part)) for part in name.split("+")]
+            for code in codes:
+                xtest.fake_input(self.display, X.KeyPress, code)
+            for code in reversed(codes):
+                xtest.fake_input(self.display, X.KeyRelease, code)
+            self.display.sync()
+            time.sleep(0.1)

@@ -1,0 +1,149 @@
+#!/usr/bin/python3
+"""Works the panel in MusE's own window: usage panel_in_muse.py WORK PICTURE.png.
+
+HOME and the rest of the environment lead to WORK. MusE's own dummy driver needs a timer of the system's (/dev/rtc or
+ALSA's), so it runs on a JACK server of its own without a device. Its values are read from the song that it saves."""
+
+import base64
+import os
+import re
+import shutil
+import sys
+import zlib
+
+from desktop import Desktop, StepFailed, check, wait
+from panel_steps import RELEASE, Panel, value_in_state
+
+FIRST_CONTROLLER = 0x9000  # what MusE counts a plug-in's parameters from
+TEMPLATE = "/usr/share/muse/templates/default.med"
+
+
+class Muse:
+    """MusE with the song, from its start to its quitting."""
+
+    def __init__(self, desktop, song):
+        self.desktop, self.song = desktop, song
+        self.process = desktop.start("muse", "-j", song)
+        self.main = wait("MusE's window", lambda: desktop.window(r"^MusE Project: .* — MusE$"), 90)
+        tip = wait("the tip of the day", self.past_questions)
+        desktop.tell(tip, "_NET_CLOSE_WINDOW")
+        wait("the tip goes", lambda: not desktop.window("Did you know"))
+        desktop.bring_up(self.main)
+        desktop.put(self.main, 60, 40, 1440, 900)
+
+    def past_questions(self):
+        question = self.desktop.window("Instrument initialization")
+        if question:
+            self.desktop.bring_up(question)
+            self.desktop.keys("Return")
+            wait("the answer is taken", lambda: not self.desktop.window("Instrument initialization"))
+        return self.desktop.window("Did you know")
+
+    def at(self, x, y):
+        left, top, _, _ = self.desktop.place(self.main)
+        return left + x, top + y
+
+    def add_instrument(self):
+        """By the dialog that lists the synthesizers: what is typed narrows the list down to ours."""
+        self.desktop.click(*self.at(200, 400))
+        self.desktop.keys("Shift_L+s")
+        dialog = wait("the list of synthesizers", lambda: self.desktop.window("Select Software Synthesizer"))
+        self.desktop.bring_up(dialog)
+        self.desktop.keys(*"norava", "Tab", "Return")
+        wait("the list goes", lambda: not self.desktop.window("Select Software Synthesizer"))
+
+    def widen_track_list(self):
+        """Draws the bar beside the list to the right; it is a few pixels wide, in a place that hangs on the icons."""
+        header = (*self.at(400, 130), 200, 60)
+        before = self.desktop.picture(*header)
+        for bar in range(318, 330, 2):
+            self.desktop.move(*self.at(bar, 465))
+            self.desktop.button(1, True)
+            for x in range(340, 721, 20):
+                self.desktop.move(*self.at(x, 465))
+            self.desktop.button(1, False)
+            if before.differing(self.desktop.picture(*header)):
+                return
+        raise StepFailed("the track list does not grow")
+
+    def open_panel(self):
+        """By a double click in the track's column "Port", which is drawn into view first."""
+        self.desktop.bring_up(self.main)
+        self.widen_track_list()
+        self.desktop.click(*self.at(349, 224), times=2)
+        window = wait("the window with the panel", lambda: self.desktop.window("Norava-0:Norava"))
+        self.desktop.bring_up(window)
+        self.desktop.put(window, 660, 100)
+        return Panel(self.desktop, window, (1200, 970))
+
+    def save(self):
+        """Saves; returns the instrument's state and the parameter's value from the song."""
+        before = os.stat(self.song).st_mtime_ns
+        self.desktop.bring_up(self.main)
+        self.desktop.keys("Control_L+s")
+        wait("the song is saved", lambda: os.stat(self.song).st_mtime_ns != before)
+        content = wait("the whole song", lambda: self.whole_song())
+        packed = base64.b64decode(re.search(r"<customData>([^<]*)</customData>", content).group(1))
+        value = re.search(rf'<controller id="{FIRST_CONTROLLER + RELEASE}" cur="([^"]*)"', content).group(1)
+        return zlib.decompress(packed[4:]), float(value)
+
+    def whole_song(self):
+        with open(self.song, encoding="utf-8") as file:
+            content = file.read()
+        return content if content.rstrip().endswith("</muse>") else None
+
+    def quit(self):
+        self.desktop.tell(self.main, "_NET_CLOSE_WINDOW")
+        wait("MusE ends by itself", lambda: self.process.poll() is not None)
+
+
+def start_sound(desktop):
+    name = f"norava-{os.getpid()}"
+    os.environ.update(JACK_DEFAULT_SERVER=name, JACK_NO_START_SERVER="1")
+    server = desktop.start("jackd", "-r", "-n", name, "-d", "dummy", "-r", "44100", "-p", "1024")
+    wait("the JACK server", lambda: os.system("jack_wait -w -t 1 >/dev/null 2>&1") == 0 or server.poll() is not None)
+    check("the JACK server runs", server.poll() is None)
+
+
+def main():
+    work = sys.argv[1]
+    song = os.path.join(work, "song.med")
+    shutil.copy(TEMPLATE, song)
+    with Desktop(work) as desktop:
+        start_sound(desktop)
+        muse = Muse(desktop, song)
+        muse.add_instrument()
+        first = muse.save()[1]
+        panel = muse.open_panel()
+        shown = panel.drag()
+        state, value = muse.save()
+        check("the parameter moved in MusE", value > first + 0.05, f"{first:.3f} to {value:.3f}")
+        check("the song's state holds it too", abs(value_in_state(state) - value) < 1e-4)
+        desktop.bring_up(panel.host_window)
+        desktop.still_picture("a picture", 40, 10, 1480, 940).save(sys.argv[2])
+        panel.zoom(shown)
+        panel.close()
+        muse.save()
+        muse.quit()
+
+    with Desktop(work) as desktop:
+        start_sound(desktop)
+        muse = Muse(desktop, song)
+        panel = muse.open_panel()
+        check("the panel looks the same", not shown.differing(panel.look("the panel is painted again")))
+        check("state and value are the same", muse.save() == (state, value))
+        # A window that is closed in the middle of a drag.
+        desktop.bring_up(panel.host_window)
+        panel.begin_drag(steps=6, by=4)
+        panel.close()
+        desktop.button(1, False)
+        closed = muse.save()[1]
+        check("a drag counted until its window was closed", 0 < closed < value, f"{closed:.3f}")
+    print("all done")
+
+
+if __name__ == "__main__":
+    try:
+        main()
+    except StepFailed as failure:
+        sys.exit(f"step failed: {failure}")

@@ -1,0 +1,73 @@
+"""What is done to the panel in every host: a look at it, a drag of a knob, a change of its size."""
+
+import struct
+
+from desktop import PANEL, check, wait
+
+RELEASE = 5  # "Amp Release"
+ON_RELEASE = (647, 308)
+RELEASE_KNOB = (615, 276, 680, 340)
+ON_NAME_PLATE = (100, 40)
+
+
+def value_in_state(state, index=RELEASE):
+    """A parameter's value in a saved state."""
+    check("the state is whole", len(state) == 588 and state[:4] == b"1qzW", f"{len(state)} bytes")
+    return struct.unpack_from("<f", state, 4 + 4 * index)[0]
+
+
+class Panel:
+    """The open panel in a host's window; the pointer rests below the panel between the steps."""
+
+    def __init__(self, desktop, host_window, pause_at):
+        self.desktop, self.host_window, self.pause_at = desktop, host_window, pause_at
+
+    def find(self, scale=1):
+        return wait(f"the panel at {100 * scale} %", lambda: self.desktop.panel_in(self.host_window, scale))
+
+    def look(self, step):
+        self.desktop.move(*self.pause_at)
+        return self.desktop.still_picture(step, *self.desktop.place(self.find()))
+
+    def point(self, on, scale=1):
+        left, top, _, _ = self.desktop.place(self.find(scale))
+        return left + on[0] * scale, top + on[1] * scale
+
+    def begin_drag(self, steps=12, by=-4):
+        """Takes the knob, without letting it go."""
+        self.desktop.move(*self.point(ON_RELEASE))
+        self.desktop.button(1, True)
+        for _ in range(steps):
+            self.desktop.move_by(0, by)
+
+    def drag(self):
+        """Turns the knob up; what changes on the panel is the knob alone."""
+        before = self.look("the panel is painted")
+        check("it has the colours of its pictures", before.colours() > 5000, before.colours())
+        self.begin_drag()
+        self.desktop.button(1, False)
+        after = self.look("the panel is at rest after the drag")
+        place = before.differing(after)
+        inside = place and all(a >= b for a, b in zip(place[:2], RELEASE_KNOB)) and all(
+            a <= b for a, b in zip(place[2:], RELEASE_KNOB[2:]))
+        check("the drag turned the knob and painted nothing else", inside, place)
+        return after
+
+    def zoom(self, as_before):
+        """To 200 % and back by the menu of the name plate; the host's window follows."""
+        for scale, keys in ((2, ("Home", "Down", "Return")), (1, ("Home", "Return"))):
+            self.desktop.click(*self.point(ON_NAME_PLATE, 3 - scale), button=3)
+            self.desktop.still_picture("the menu of sizes", *self.desktop.place(self.find(3 - scale)))
+            self.desktop.keys(*keys)
+            self.find(scale)
+            width = wait("the host's window follows", lambda: self.fits(scale))
+            check(f"the host's window holds the panel at {100 * scale} %", True, f"{width} pixels wide")
+        check("at 100 % it looks as before", not as_before.differing(self.look("the panel at rest")))
+
+    def fits(self, scale):
+        _, _, width, _ = self.desktop.place(self.host_window)
+        return width if PANEL[0] * scale <= width < PANEL[0] * scale + 40 else 0
+
+    def close(self):
+        self.desktop.tell(self.host_window, "_NET_CLOSE_WINDOW")
+        wait("the panel's window is closed", lambda: self.host_window not in self.desktop.windows().values())
