@@ -4,27 +4,19 @@
 #include <chrono>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <numeric>
+#include <ranges>
 #include <vector>
 
 // Core cycles as the unit of every figure in this folder. Wall-clock time says little on a machine
-// whose clock wanders and whose cores are shared; a chain of dependent float multiplications takes
-// a number of cycles that the processor's design fixes, so timing such a chain right before and
-// right after the work gives the length of a cycle at that very moment.
+// whose clock wanders and whose cores are shared; a chain of dependent multiplications takes a
+// number of cycles that the processor's design fixes, so timing such chains before and after every
+// piece of the work gives the length of a cycle meanwhile. The multiplications are those of
+// integers: a float's takes 4 cycles on one processor and 3 on its successor.
 
 namespace norava::bench {
-
-// Cycles from one dependent single-precision multiplication to the next: 4 on Intel since Skylake
-// and on Apple's cores, 3 on AMD since the first Zen and on Arm's server cores.
-inline int multiplyLatencyCycles() {
-#if defined(__x86_64__)
-    return __builtin_cpu_is("intel") ? 4 : 3;
-#elif defined(__APPLE__)
-    return 4;
-#else
-    return 3;
-#endif
-}
 
 namespace detail {
 
@@ -34,79 +26,99 @@ inline double nanosecondsBetween(Clock::time_point start, Clock::time_point end)
     return std::chrono::duration<double, std::nano>(end - start).count();
 }
 
-// Keeps a value from being computed at compile time or thrown away.
-template <class T>
-inline void opaque(T& value) {
-    asm volatile("" : "+m"(value)::"memory");
+// Nanoseconds of one step in a chain of steps that each wait for the one before.
+template <class Step>
+double nanosecondsPerStep(Step&& step) {
+    constexpr int kRounds = 600;
+    constexpr int kUnrolled = 16;
+    std::uint32_t operand = 3;
+    std::uint32_t value = 1;
+    // Both unknown to the compiler, and the value after every step, so that it merges no two steps.
+    asm volatile("" : "+r"(operand), "+r"(value));
+    const auto start = Clock::now();
+    for (int round = 0; round < kRounds; ++round) {
+#pragma GCC unroll 16
+        for (int i = 0; i < kUnrolled; ++i) {
+            step(value, operand);
+            asm volatile("" : "+r"(value));
+        }
+    }
+    return nanosecondsBetween(start, Clock::now()) / (kRounds * kUnrolled);
+}
+
+inline double nanosecondsPerMultiplication() {
+    return nanosecondsPerStep([](std::uint32_t& value, std::uint32_t by) { value *= by; });
+}
+
+// Cycles from one dependent multiplication to the next, by comparison with an addition, which takes
+// one cycle on every processor.
+inline double multiplicationCycles() {
+    constexpr int kTries = 50;
+    double addition = std::numeric_limits<double>::infinity();
+    double multiplication = addition;
+    for (int i = 0; i < kTries; ++i) {
+        addition = std::min(addition, nanosecondsPerStep([](std::uint32_t& value,
+                                                            std::uint32_t by) { value += by; }));
+        multiplication = std::min(multiplication, nanosecondsPerMultiplication());
+    }
+    return std::round(multiplication / addition);
 }
 
 // Nanoseconds of one core cycle, now.
 inline double nanosecondsPerCycle() {
-    constexpr int kRounds = 500;
-    constexpr int kUnrolled = 16;
-    float factor = 1.0000001f;
-    float value = 1.0f;
-    opaque(factor);
-    opaque(value);
+    static const double cycles = multiplicationCycles();
+    return nanosecondsPerMultiplication() / cycles;
+}
+
+template <class Work>
+double nanosecondsOf(Work&& work) {
     const auto start = Clock::now();
-    for (int round = 0; round < kRounds; ++round) {
-        for (int i = 0; i < kUnrolled; ++i)
-            value *= factor;
-    }
-    opaque(value);
-    const auto end = Clock::now();
-    return nanosecondsBetween(start, end) / (kRounds * kUnrolled * multiplyLatencyCycles());
+    work();
+    return nanosecondsBetween(start, Clock::now());
+}
+
+inline double quantile(std::vector<double> sorted, double share) {
+    const auto at = static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1));
+    std::ranges::nth_element(sorted, sorted.begin() + static_cast<std::ptrdiff_t>(at));
+    return sorted[at];
 }
 
 }  // namespace detail
 
-// Core cycles of one call of `work`, at least a few microseconds long. A measurement that a change
-// of clock or another process fell into is thrown away (the two chains around it disagree by more
-// than 2 %); an interruption inside the work itself can only lengthen it, so the caller takes the
-// least of many.
-template <class Work>
-double coreCyclesOnce(Work&& work) {
-    constexpr double kClockTolerance = 0.02;
-    // Both chains can be interrupted for the same time; then a cycle looks longer than any clock
-    // would make it.
-    constexpr double kSlowestClock = 2.0;
-    static double shortest = std::numeric_limits<double>::infinity();
-    const double before = detail::nanosecondsPerCycle();
-    const auto start = detail::Clock::now();
-    work();
-    const auto end = detail::Clock::now();
-    const double after = detail::nanosecondsPerCycle();
-    shortest = std::min({shortest, before, after});
-    const double longer = std::max(before, after);
-    if (longer > (1.0 + kClockTolerance) * std::min(before, after) ||
-        longer > kSlowestClock * shortest) {
-        return std::numeric_limits<double>::infinity();
-    }
-    return detail::nanosecondsBetween(start, end) / (0.5 * (before + after));
-}
-
-// Many measurements of the same work.
+// Many measurements of the same work, each at least a few microseconds long.
 class Measurements {
   public:
     template <class Work>
     void take(Work&& work) {
-        const double cycles = coreCyclesOnce(work);
-        if (std::isfinite(cycles)) cycles_.push_back(cycles);
+        cycle_.push_back(detail::nanosecondsPerCycle());
+        work_.push_back(detail::nanosecondsOf(work));
+        cycle_.push_back(detail::nanosecondsPerCycle());
     }
-    // Infinite when every measurement was thrown away.
+    // Core cycles. A clock may jump to and fro within a microsecond, so one chain says little of
+    // the work next to it; the mean of them all, without those that something interrupted, does.
     double quantile(double share) const {
-        if (cycles_.empty()) return std::numeric_limits<double>::infinity();
-        std::vector<double> sorted = cycles_;
-        const auto at = static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1));
-        std::ranges::nth_element(sorted, sorted.begin() + static_cast<std::ptrdiff_t>(at));
-        return sorted[at];
+        std::vector<double> sorted = cycle_;
+        std::ranges::sort(sorted);
+        const auto quarter = static_cast<std::ptrdiff_t>(sorted.size() / 4);
+        const auto middle = std::ranges::subrange(sorted.begin() + quarter, sorted.end() - quarter);
+        const double cycle =
+            std::accumulate(middle.begin(), middle.end(), 0.0) / static_cast<double>(middle.size());
+        return detail::quantile(work_, share) / cycle;
     }
     // What the work takes while nobody else needs the core: close to the least, but not at the
     // mercy of a single clock that was read wrongly.
-    double undisturbed() const { return quantile(0.05); }
+    double undisturbed() const { return quantile(kUndisturbed); }
+    // How many times longer than `other`, which was measured in turn with this and so under the
+    // same clock.
+    double timesLongerThan(const Measurements& other) const {
+        return detail::quantile(work_, kUndisturbed) / detail::quantile(other.work_, kUndisturbed);
+    }
 
   private:
-    std::vector<double> cycles_;
+    static constexpr double kUndisturbed = 0.05;
+
+    std::vector<double> cycle_;  // nanoseconds
+    std::vector<double> work_;   // nanoseconds
 };
 
 }  // namespace norava::bench

@@ -68,12 +68,20 @@ class Bench {
     std::array<float, 8192> right_{};
 };
 
-// Cycles a frame of all benches, one block of each after the other.
-double CyclesPerFrame(benchmark::State& state, const std::vector<std::unique_ptr<Bench>>& benches,
-                      int blockFrames) {
-    const int blocks = std::max(1024 / blockFrames, 1);
-    Measurements measured;
-    for (auto _ : state) {
+// Instruments that play the same, one block of each after the other, and what they cost.
+struct Ensemble {
+    // Each with `notes` sounding keys, every effect or none.
+    Ensemble(int size, const std::vector<int>& notes, bool effects, double rate, int block)
+        : blockFrames(block), blocks(std::max(1024 / block, 1)) {
+        for (int i = 0; i < size; ++i) {
+            Bench& bench = *benches.emplace_back(std::make_unique<Bench>(rate));
+            if (effects) bench.UseEveryEffect();
+            for (const int note : notes)
+                bench.player.NoteOn(note);
+            bench.Seconds(0.5);
+        }
+    }
+    void Measure() {
         measured.take([&] {
             for (int i = 0; i < blocks; ++i) {
                 for (const auto& bench : benches)
@@ -81,20 +89,41 @@ double CyclesPerFrame(benchmark::State& state, const std::vector<std::unique_ptr
             }
         });
     }
-    return measured.undisturbed() / (blocks * blockFrames);
+    // Measures both in turn, often enough in a row that each has the caches to itself again.
+    static void MeasureInTurn(Ensemble& a, Ensemble& b) {
+        constexpr int kInARow = 8;
+        for (int i = 0; i < kInARow; ++i)
+            a.Measure();
+        for (int i = 0; i < kInARow; ++i)
+            b.Measure();
+    }
+    double Frames() const { return static_cast<double>(benches.size()) * blocks * blockFrames; }
+    double CyclesPerFrame() const { return measured.undisturbed() / Frames(); }
+    // A frame's cost in multiples of one of `other`, measured in turn with this.
+    double TimesDearerThan(const Ensemble& other) const {
+        return measured.timesLongerThan(other.measured) * other.Frames() / Frames();
+    }
+
+    std::vector<std::unique_ptr<Bench>> benches;
+    int blockFrames;
+    int blocks;  // in one measurement
+    Measurements measured;
+};
+
+// `count` notes from the middle outwards.
+std::vector<int> MiddleNotes(int count) {
+    std::vector<int> notes;
+    for (int i = 0; i < count; ++i)
+        notes.push_back(kFirstKeyNote + (42 + i) % kNumKeys);
+    return notes;
 }
 
-// `notes` sounding keys from the middle outwards, or none; every effect or none.
 void instrument(benchmark::State& state, int notes, bool effects, double rate, int blockFrames) {
-    std::vector<std::unique_ptr<Bench>> benches;
-    Bench& bench = *benches.emplace_back(std::make_unique<Bench>(rate));
-    if (effects) bench.UseEveryEffect();
-    for (int i = 0; i < notes; ++i)
-        bench.player.NoteOn(kFirstKeyNote + (42 + i) % kNumKeys);
-    bench.Seconds(0.5);
-    const double cycles = CyclesPerFrame(state, benches, blockFrames);
-    state.counters["cycles/frame"] = cycles;
-    state.counters["x real time"] = kQuotedHertz / (cycles * rate);
+    Ensemble one(1, MiddleNotes(notes), effects, rate, blockFrames);
+    for (auto _ : state)
+        one.Measure();
+    state.counters["cycles/frame"] = one.CyclesPerFrame();
+    state.counters["x real time"] = kQuotedHertz / (one.CyclesPerFrame() * rate);
 }
 
 BENCHMARK_CAPTURE(instrument, idle, 0, false, 48000.0, kBlockFrames);
@@ -104,9 +133,26 @@ BENCHMARK_CAPTURE(instrument, oneNote, 1, false, 48000.0, kBlockFrames);
 BENCHMARK_CAPTURE(instrument, keys84, 84, false, 48000.0, kBlockFrames);
 BENCHMARK_CAPTURE(instrument, keys84Effects, 84, true, 48000.0, kBlockFrames);
 BENCHMARK_CAPTURE(instrument, keys84EffectsAt44k1, 84, true, 44100.0, kBlockFrames);
-BENCHMARK_CAPTURE(instrument, keys84EffectsAt96k, 84, true, 96000.0, kBlockFrames);
-BENCHMARK_CAPTURE(instrument, keys84EffectsFramesOf1, 84, true, 48000.0, 1);
-BENCHMARK_CAPTURE(instrument, keys84EffectsFramesOf512, 84, true, 48000.0, 512);
+
+// A second of all keys and effects against a second of the same at another rate or in other blocks.
+struct Case {
+    double rate;
+    int blockFrames;
+};
+void instrumentAgainst(benchmark::State& state, Case measured, Case base) {
+    const auto make = [](Case c) {
+        return Ensemble(1, MiddleNotes(kNumKeys), true, c.rate, c.blockFrames);
+    };
+    Ensemble one = make(measured);
+    Ensemble other = make(base);
+    for (auto _ : state)
+        Ensemble::MeasureInTurn(one, other);
+    state.counters["cycles/frame"] = one.CyclesPerFrame();
+    state.counters["base cycles/frame"] = other.CyclesPerFrame();
+    state.counters["ratio"] = one.TimesDearerThan(other) * measured.rate / base.rate;
+}
+BENCHMARK_CAPTURE(instrumentAgainst, at96k, {96000.0, kBlockFrames}, {48000.0, kBlockFrames});
+BENCHMARK_CAPTURE(instrumentAgainst, framesOf1, {48000.0, 1}, {48000.0, 512});
 
 // One block in which something happens to all keys, against the median block around it.
 void worstBlock(benchmark::State& state, bool ending) {
@@ -120,8 +166,8 @@ void worstBlock(benchmark::State& state, bool ending) {
         bench.AllNotes(true);
         bench.Seconds(0.05, kBlockFrames);
         bench.AllNotes(!ending);
-        for (double& cycles : least) {
-            cycles = std::min(cycles, coreCyclesOnce([&] { bench.Block(kBlockFrames); }));
+        for (double& time : least) {
+            time = std::min(time, detail::nanosecondsOf([&] { bench.Block(kBlockFrames); }));
         }
     }
     // Notes that end do so in one of the blocks after the release; every one before it is like the
@@ -235,23 +281,20 @@ void makeAndReset(benchmark::State& state) {
 }
 BENCHMARK(makeAndReset)->Unit(benchmark::kMillisecond);
 
-// Cycles a frame and instance, for one and for many instances of the same chord: what they cost
-// each other by sharing the caches.
-void instances(benchmark::State& state, int notes, bool effects) {
-    std::vector<std::unique_ptr<Bench>> benches;
-    for (int i = 0; i < state.range(0); ++i) {
-        Bench& bench = *benches.emplace_back(std::make_unique<Bench>());
-        if (effects) bench.UseEveryEffect();
-        for (int note = 0; note < notes; ++note)
-            bench.player.NoteOn(45 + 5 * note);
-        bench.Seconds(0.5);
-    }
-    const double cycles = CyclesPerFrame(state, benches, kBlockFrames);
-    state.counters["cycles/frame"] = cycles / static_cast<double>(benches.size());
+// Many instances of the same chord against one: what they cost each other by sharing the caches.
+void instances(benchmark::State& state, const std::vector<int>& chord, bool effects) {
+    Ensemble one(1, chord, effects, kSampleRate, kBlockFrames);
+    Ensemble many(32, chord, effects, kSampleRate, kBlockFrames);
+    for (auto _ : state)
+        Ensemble::MeasureInTurn(one, many);
+    state.counters["cycles/frame"] = many.CyclesPerFrame();
+    state.counters["base cycles/frame"] = one.CyclesPerFrame();
+    state.counters["ratio"] = many.TimesDearerThan(one);
 }
-BENCHMARK_CAPTURE(instances, idle, 0, false)->Arg(1)->Arg(32);
-BENCHMARK_CAPTURE(instances, chord, 8, false)->Arg(1)->Arg(32);
-BENCHMARK_CAPTURE(instances, chordEffects, 8, true)->Arg(1)->Arg(32);
+const std::vector<int> kChord = {45, 50, 55, 60, 65, 70, 75, 80};
+BENCHMARK_CAPTURE(instances, idle, {}, false);
+BENCHMARK_CAPTURE(instances, chord, kChord, false);
+BENCHMARK_CAPTURE(instances, chordEffects, kChord, true);
 
 }  // namespace
 }  // namespace norava::bench
