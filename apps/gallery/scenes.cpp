@@ -1,13 +1,12 @@
 #include "gallery/scenes.h"
 
-#include <png.h>
-
 #include <cstdint>
 #include <functional>
 #include <vector>
 
 #include "gallery/gallery.h"
 #include "gui/platform/offscreen_view.h"
+#include "png_file/png_file.h"
 
 namespace norava {
 
@@ -61,31 +60,27 @@ const std::vector<Scene> kScenes = {
 };
 constexpr int kColumns = 2;
 
+// The scenes side by side, the lowest row first.
 struct Sheet {
-    explicit Sheet(CSize pixels)
-        : size(pixels), bytes(static_cast<size_t>(3 * size.cx * size.cy)) {}
+    explicit Sheet(CSize pixels) : size(pixels), words(static_cast<size_t>(size.cx * size.cy)) {}
     void Copy(const OffscreenView& view, CPoint to) {
         const CSize part = view.GetStoredSize();
         for (int y = 0; y < part.cy; ++y) {
-            for (int x = 0; x < part.cx; ++x) {
-                const uint32_t pixel = view.GetPixel(x, y);
-                uint8_t* rgb = &bytes[static_cast<size_t>(3 * ((to.y + y) * size.cx + to.x + x))];
-                for (int i = 0; i < 3; ++i)
-                    rgb[i] = static_cast<uint8_t>(pixel >> (8 * i));
-            }
+            const int row = size.cy - 1 - (to.y + y);
+            for (int x = 0; x < part.cx; ++x)
+                words[static_cast<size_t>(row * size.cx + to.x + x)] =
+                    view.GetPixel(x, y) | kOpaque;
         }
     }
     [[nodiscard]] bool Write(const std::string& path) const {
-        png_image image{};
-        image.version = PNG_IMAGE_VERSION;
-        image.width = static_cast<png_uint_32>(size.cx);
-        image.height = static_cast<png_uint_32>(size.cy);
-        image.format = PNG_FORMAT_RGB;
-        return png_image_write_to_file(&image, path.c_str(), 0, bytes.data(), 0, nullptr) != 0;
+        PngFile file(path);
+        file.ShowPixels(words.data(), size, CRect(CPoint(), size));
+        return file.IsWritten();
     }
 
+    static constexpr uint32_t kOpaque = 0xFF000000u;
     CSize size;
-    std::vector<uint8_t> bytes;
+    std::vector<uint32_t> words;
 };
 
 }  // namespace

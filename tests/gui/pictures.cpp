@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "gui/pixel_target.h"
+#include "png_file/png_file.h"
 
 namespace norava::test {
 
@@ -55,25 +56,18 @@ Picture ReadPng(const std::string& path) {
     return picture;
 }
 
-bool WritePng(const Picture& picture, const std::string& path) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(picture.width);
-    image.height = static_cast<png_uint_32>(picture.height);
-    image.format = PNG_FORMAT_RGB;
-    return png_image_write_to_file(&image, path.c_str(), 0, picture.rgb.data(), 0, nullptr) != 0;
-}
-
 }  // namespace
 
 bool WritePng(const CGraphicBuffer& buffer, const std::string& path) {
-    return WritePng(PictureOf(buffer), path);
+    PngFile file(path);
+    buffer.Present(&file, CRect(CPoint(), buffer.GetSize()), {});
+    return file.IsWritten();
 }
 
 void ExpectLooksLike(const CGraphicBuffer& buffer, const std::string& name) {
     const Picture drawn = PictureOf(buffer);
     const std::string drawnPath = std::string(NORAVA_DRAWN_PICTURES) + "/" + name + ".png";
-    ASSERT_TRUE(WritePng(drawn, drawnPath));
+    ASSERT_TRUE(WritePng(buffer, drawnPath));
     const Picture wanted = ReadPng(std::string(NORAVA_REFERENCE_PICTURES) + "/" + name + ".png");
     ASSERT_EQ(drawn.width, wanted.width) << name << ": drawn as " << drawnPath;
     ASSERT_EQ(drawn.height, wanted.height) << name;
