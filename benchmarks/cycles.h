@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <limits>
 #include <numeric>
-#include <ranges>
 #include <vector>
 
 // Core cycles as the unit of every figure in this folder. Wall-clock time says little on a machine
@@ -100,9 +99,9 @@ class Measurements {
         std::vector<double> sorted = cycle_;
         std::ranges::sort(sorted);
         const auto quarter = static_cast<std::ptrdiff_t>(sorted.size() / 4);
-        const auto middle = std::ranges::subrange(sorted.begin() + quarter, sorted.end() - quarter);
-        const double cycle =
-            std::accumulate(middle.begin(), middle.end(), 0.0) / static_cast<double>(middle.size());
+        const auto first = sorted.begin() + quarter;
+        const auto last = sorted.end() - quarter;
+        const double cycle = std::accumulate(first, last, 0.0) / static_cast<double>(last - first);
         return detail::quantile(work_, share) / cycle;
     }
     // What the work takes while nobody else needs the core: close to the least, but not at the
