@@ -22,7 +22,6 @@ namespace norava {
 namespace {
 
 constexpr CPoint kAboutPlace{257, 171};
-constexpr std::size_t kParamTextBytes = 256;
 constexpr const char* kNoProgram =
     "\nholds no program of this instrument. Programs are files that end in .norava or .fxp.";
 
@@ -135,12 +134,12 @@ bool CNoravaEditor::GetParamText(CControl* control, char* text) {
     text[0] = '\0';
     if (control == nullptr || !IsParameter(control->GetID())) return false;
     const int id = control->GetID();
-    std::array<char, kParamTextBytes> value{};
+    std::array<char, kNameBufferBytes> value{};
     if (!FormatPanelValue(id, GetParamValue(id), value)) {
         if (!CPluginEditor::GetParamText(control, value.data())) return false;
         CopyText(value, std::string(value.data()) + " %");
     }
-    CopyText(std::span<char>(text, kParamTextBytes),
+    CopyText(std::span<char>(text, kNameBufferBytes),
              std::string(GetParameter(id).name) + "  " + value.data());
     return true;
 }

@@ -5,17 +5,12 @@
 #include "editor/host_keys.h"
 #include "framework/plugin_instance.h"
 #include "framework/plugin_renderer.h"
+#include "files/text_buffer.h"
 #include "framework/plugin_wrapper.h"
 #include "gui/dialogs/file_dialog.h"
 #include "gui/dialogs/message_box.h"
 
 namespace norava {
-
-namespace {
-
-constexpr std::size_t kParamTextBytes = 256;
-
-}  // namespace
 
 CPluginEditor::CPluginEditor(int scale) : CWindowPort(scale) {}
 
@@ -78,7 +73,7 @@ bool CPluginEditor::ControlValueChanged(CControl* control, float value) {
 bool CPluginEditor::GetParamText(CControl* control, char* text) {
     text[0] = '\0';
     if (control == nullptr || renderer == nullptr || !IsParam(control->GetID())) return false;
-    renderer->GetParamDisplay(control->GetID(), std::span<char>(text, kParamTextBytes));
+    renderer->GetParamDisplay(control->GetID(), std::span<char>(text, kNameBufferBytes));
     return true;
 }
 
