@@ -3,9 +3,9 @@
 #include <mutex>
 
 #include "editor/host_keys.h"
+#include "files/text_buffer.h"
 #include "framework/plugin_instance.h"
 #include "framework/plugin_renderer.h"
-#include "files/text_buffer.h"
 #include "framework/plugin_wrapper.h"
 #include "gui/dialogs/file_dialog.h"
 #include "gui/dialogs/message_box.h"
