@@ -33,6 +33,8 @@ enum Outcome : int { kDone, kFailed, kDied };
 struct Attempt {
     Outcome outcome = kDied;
     bool wasStopped = false;
+    bool wasFlushed = false;
+    bool namedUnflushed = false;  // the content got a name before the disk had it
 };
 
 // Calls that no disk makes fail.
@@ -68,6 +70,9 @@ Attempt RunWithFault(Fault fault, int callsBefore, Work work) {
     while (GoOn(child, status)) {
         user_regs_struct registers{};
         ptrace(PTRACE_GETREGS, child, nullptr, &registers);
+        run.wasFlushed = run.wasFlushed || registers.orig_rax == SYS_fsync;
+        if (registers.orig_rax == SYS_linkat || registers.orig_rax == SYS_rename)
+            run.namedUnflushed = run.namedUnflushed || !run.wasFlushed;
         const bool strikes =
             !run.wasStopped && IsAboutFiles(registers.orig_rax) && callsBefore-- == 0;
         run.wasStopped = run.wasStopped || strikes;
@@ -107,6 +112,7 @@ TEST(SavingFaults, LeaveOneOfTheTwoFilesAndNothingBesideIt) {
                 EXPECT_TRUE(now == after || (exists ? now == before : !isThere)) << call;
                 EXPECT_TRUE(run.outcome != kFailed || now != after) << call;
                 EXPECT_TRUE(run.outcome != kDone || now == after) << call;
+                EXPECT_FALSE(run.namedUnflushed) << call;
                 EXPECT_EQ(run.outcome == kDied, fault == Fault::killed && run.wasStopped);
                 // Whoever was killed had no chance to clear up: the next start does.
                 const auto nothingBeside = [&] { return NumEntries(folder.Path("A")) == isThere; };
