@@ -18,7 +18,7 @@ from pathlib import Path
 
 from plant import copy_with, planted, read_all
 
-TIME_LIMIT = 600  # seconds of one check
+TIME_LIMIT = 120  # seconds of one check
 ENVIRONMENTS = {
     "asan": {"ASAN_OPTIONS": "detect_leaks=1:detect_stack_use_after_return=1", "UBSAN_OPTIONS": "print_stacktrace=1"},
 }

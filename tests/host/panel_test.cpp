@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <set>
+#include <thread>
 
 #include "gui/x11_server.h"
 #include "host/call_watch.h"
@@ -93,6 +95,26 @@ TEST_F(PanelTest, IsNothingThatSoundWaitsFor) {
     instance->Dispatch(vst::effEditClose);
 }
 #endif
+
+// Nothing else goes on, because every other word between the two threads would hide from the thread
+// checker that one of these is shared without care.
+TEST_F(PanelTest, MovesItsStringsWhileSoundIsMade) {
+    instance->Start(48000.0f);
+    ASSERT_TRUE(Open());
+    ASSERT_TRUE(Idle([&] { return Colours() > 1000; }));
+    const auto still = desktop->Picture({0, 0, 855, 532});
+    std::atomic<bool> done = false;
+    std::thread audio([&] {
+        for (int i = 0; !done; ++i) {
+            if (i % 20 == 0) instance->Note(60 + i / 20 % 12);
+            instance->Render(256, 256);
+        }
+    });
+    int rounds = 0;
+    EXPECT_TRUE(Idle([&] { return ++rounds > 60 && desktop->Picture({0, 0, 855, 532}) != still; }));
+    done = true;
+    audio.join();
+}
 
 TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
     instance->Start(48000.0f);
