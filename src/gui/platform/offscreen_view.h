@@ -35,6 +35,8 @@ class OffscreenView : public PlatformView, private PixelTarget {
     [[nodiscard]] CSize GetStoredSize() const { return stored; }
     // Red, green, blue (lowest byte first) of a stored pixel, y downwards.
     [[nodiscard]] uint32_t GetPixel(int x, int y) const;
+    // All of them, rows from the top.
+    [[nodiscard]] const std::vector<uint32_t>& GetPixels() const { return screen; }
     // The stored rectangles that were presented since the last call.
     [[nodiscard]] std::vector<CRect> TakePresented();
     [[nodiscard]] bool IsPointerHidden() const { return tracking && pointerHidden; }
