@@ -76,6 +76,23 @@ check_cocoa() {
     done
 }
 
+# Whether the fuzzers build and find nothing at once; the kept inputs run with every test run, asan's among them.
+check_fuzz() {
+    run_fuzz 5
+}
+
+# run_fuzz [fast] [SECONDS | runs=COUNT] [TARGET...]: a minute each of all of them, with all checkers, unless told otherwise.
+run_fuzz() {
+    local preset=fuzz limit=--seconds=60
+    [ "${1-}" != fast ] || { preset=fuzz-fast; shift; }
+    case "${1-}" in
+        runs=*[0-9]) limit=--$1; shift ;;
+        [0-9]*) limit=--seconds=$1; shift ;;
+    esac
+    build "$preset" fuzzers
+    python3 scripts/fuzz.py "build/$preset" "$limit" "$@"
+}
+
 # same_sound PRESET PRESET: both builds render the demo tune to the same samples.
 same_sound() {
     local preset hash first=
