@@ -4,7 +4,7 @@ set(NORAVA_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= ta
 
 add_library(norava_flags INTERFACE)
 target_compile_features(norava_flags INTERFACE cxx_std_20)
-target_include_directories(norava_flags INTERFACE ${CMAKE_SOURCE_DIR}/src)
+target_include_directories(norava_flags INTERFACE ${PROJECT_SOURCE_DIR}/src)
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   target_compile_options(norava_flags INTERFACE
     -Wall -Wextra -Wshadow -Wconversion -Werror
@@ -58,7 +58,7 @@ function(norava_test name)
   cmake_parse_arguments(PARSE_ARGV 1 test "" "" "SLOW")
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
   add_executable(test_${name} ${sources})
-  target_include_directories(test_${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_include_directories(test_${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(test_${name} PRIVATE norava_flags ${test_UNPARSED_ARGUMENTS}
     GTest::gtest GTest::gmock GTest::gtest_main)
   string(JOIN ":" slow ${test_SLOW})
