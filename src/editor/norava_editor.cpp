@@ -112,7 +112,8 @@ void CNoravaEditor::MoveStrings() {
     if (link == nullptr) return;
     const InstrumentLink::StringPeaks peaks = link->TakeStringPeaks();
     if (IsSuper()) return;  // nothing moves behind what is modal
-    if (strings.Tick(peaks.string1, peaks.string2)) Repaint(StringPicture::kMovingRows);
+    const CRect moved = strings.Tick(peaks.string1, peaks.string2);
+    if (!moved.IsEmpty()) Repaint(moved);
 }
 
 bool CNoravaEditor::TimerEvent() {

@@ -9,9 +9,7 @@ namespace norava {
 
 namespace {
 
-constexpr CSize kStringFrame{215, 25};
 constexpr int kFrames = 16;
-constexpr std::array<int, 2> kStringTop = {193, 219};
 constexpr CSize kDamperSize{34, 40};
 constexpr int kDamperLeft = 286;
 constexpr float kDamperTravel = 28.0f;  // sideways, with the offset
@@ -44,10 +42,10 @@ int Rounded(float value) {
 
 }  // namespace
 
-bool StringPicture::Tick(float peak1, float peak2) {
+CRect StringPicture::Tick(float peak1, float peak2) {
     const std::array<float, 2> peaks = {peak1, peak2};
     evenTick = !evenTick;
-    bool moved = false;
+    CRect moved;
     for (std::size_t i = 0; i < strings.size(); ++i) {
         String& string = strings[i];
         string.level = std::max(ShownLevel(peaks[i]), kFallPerTick * string.level);
@@ -57,7 +55,12 @@ bool StringPicture::Tick(float peak1, float peak2) {
         // A string that holds its level still trembles.
         const bool trembles = evenTick && wanted >= kFirstTremblingFrame;
         string.frame = wanted - (trembles ? 1 : 0);
-        moved = moved || string.frame != string.shown;
+        if (string.frame != string.shown) {
+            const CRect& rows = kMovingRows[i];
+            moved = moved.IsEmpty()
+                        ? rows
+                        : CRect(rows.left, moved.top, rows.width, rows.GetBottom() - moved.top);
+        }
         string.shown = string.frame;
     }
     return moved;
@@ -84,8 +87,8 @@ void StringPicture::Draw(CGraphicBuffer& buffer, CRect part) const {
     const CRect visible = part.GetIntersection(kWindow);
     if (visible.IsEmpty() || !buffer.SetClipRect(visible)) return;
     for (std::size_t i = 0; i < strings.size(); ++i) {
-        const CRect place(kWindow.left, kStringTop[i], kStringFrame);
-        buffer.DrawImage(pictures.string, place, {0, strings[i].shown * kStringFrame.cy});
+        const CRect& rows = kMovingRows[i];
+        buffer.DrawImage(pictures.string, rows, {0, strings[i].shown * rows.height});
     }
     buffer.DrawImage(pictures.upperDamper, CRect(strings[0].damper, kDamperSize), {0, 0});
     buffer.DrawImage(pictures.lowerDamper, CRect(strings[1].damper, kDamperSize), {0, 0});

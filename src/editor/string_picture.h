@@ -22,14 +22,15 @@ class StringPicture {
 
     // In the panel.
     static constexpr CRect kWindow = kStringWindow;
-    // The rows in which the strings move.
-    static constexpr CRect kMovingRows{270, 193, 215, 51};
+    // The rows in which each string moves.
+    static constexpr std::array<CRect, 2> kMovingRows = {CRect(270, 193, 215, 25),
+                                                         CRect(270, 219, 215, 25)};
 
     void SetPictures(const Pictures& newPictures) { pictures = newPictures; }
 
     // 30 times a second, with the largest magnitudes that the strings have reached since the last
-    // call. True when the moving rows must be painted again.
-    bool Tick(float peak1, float peak2);
+    // call. The rows that must be painted again, empty when nothing moves.
+    CRect Tick(float peak1, float peak2);
     // Parameter values, 0 .. 1. True when the whole window must be painted again.
     bool SetDamper(int string, float offset, float amount);
     // At rest, as a silent instrument shows them.

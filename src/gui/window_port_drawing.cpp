@@ -30,8 +30,11 @@ void CWindowPort::DrawControlsToBuffer() {
 void CWindowPort::DrawBackground(CRect part) {
     const CControlGroup& root = *GetRootControlGroup();
     const CImage* picture = root.IsDisabled() ? nullptr : root.GetBackgroundImage();
+    const bool covers =
+        picture && !picture->GetHasAlpha() &&
+        part.GetIntersection(CRect(root.GetRect().GetLeftTop(), picture->GetSize())) == part;
     CColor black(0);
-    buffer.FillRect(part, &black);
+    if (!covers) buffer.FillRect(part, &black);
     buffer.DrawImage(picture, root.GetRect(), {0, 0});
 }
 

@@ -252,7 +252,7 @@ TEST_F(EditorTest, PaintsStringsOnlyWhileTheyMove) {
     EXPECT_TRUE(Painted().empty()) << "silence";
     peaks = {0.1f, 0.0f};
     view->Tick();
-    EXPECT_EQ(Painted(), std::vector<CRect>{StringPicture::kMovingRows});
+    EXPECT_EQ(Painted(), std::vector<CRect>{StringPicture::kMovingRows[0]});
     peaks = {};
     view->Tick(100);
     Painted();
