@@ -30,20 +30,18 @@ void CStringDelay::takeBack() {
 }
 
 std::size_t CStringDelay::bytesFor(long length) {
-    return 2 * LineMemory::sizeOf(CTapeDelayBuffer::bytesFor(storeLength(length)));
+    return LineMemory::sizeOf(CTapeDelayBuffer::bytesFor(storeLength(length)));
 }
 
 void CStringDelay::reserve(long length, LineMemory& memory) {
     takeBack();
-    for (CTapeDelayBuffer& store : stores_)
-        store.reserve(storeLength(length), memory);
+    CTapeDelayBuffer::reserve(stores_, storeLength(length), memory);
 }
 
 void CStringDelay::setLength(long length) {
     takeBack();
     length_ = storeLength(length);
-    for (CTapeDelayBuffer& store : stores_)
-        store.allocate(storeLength(length));
+    CTapeDelayBuffer::allocate(stores_, storeLength(length));
     minimumRate_ = 1.0 / static_cast<double>(length_);
     write_ = &stores_[0];
     read_ = &stores_[1];

@@ -57,7 +57,7 @@ class CStringDelay {
     StringGroup* group_ = nullptr;  // keeps the state for this line while it runs with others
     float state_ = 0.0f;
     float feedback_ = 0.0f;
-    std::array<CTapeDelayBuffer, 2> stores_;
+    CTapeDelayBuffer::Pair stores_;
     CTapeDelayBuffer* write_ = &stores_[0];
     CTapeDelayBuffer* read_ = &stores_[1];
     long length_ = 0;

@@ -54,11 +54,12 @@ struct StringPair {
         return sample;
     }
 
-    // Stores lane i of a line's sample, given twice over, with its phase.
-    NORAVA_INLINE void record(v128 twice, std::size_t offset) const {
-        const v128d samples = bitsAs<v128d>(twice);
-        storeLanes(write[0] + offset, __builtin_shufflevector(phase, samples, 0, 2));
-        storeLanes(write[1] + offset, __builtin_shufflevector(phase, samples, 1, 3));
+    // Stores the lines' samples, each behind its phase.
+    NORAVA_INLINE void record(float first, float second, std::size_t offset) const {
+        storeLanes(write[0] + offset, double{phase[0]});
+        storeLanes(write[1] + offset, double{phase[1]});
+        storeLanes(write[0] + offset + sizeof(double), first);
+        storeLanes(write[1] + offset + sizeof(double), second);
     }
 
     NORAVA_INLINE void put(StringSteps& s, std::size_t first, std::size_t moved) const {
@@ -85,7 +86,7 @@ NORAVA_INLINE int run(StringSteps& s, const v128* inputs, v128* outputs, int fra
     v128 state = s.state, written = s.written;
     std::size_t offset = 0;
     int frame = 0;
-    for (; frame < frames; ++frame, offset += CTapeDelayBuffer::kSlotBytes) {
+    for (; frame < frames; ++frame, offset += CTapeDelayBuffer::kStrideBytes) {
         if constexpr (!kSteady) {
             stampsA = a.stamps(offset);
             stampsB = b.stamps(offset);
@@ -104,8 +105,8 @@ NORAVA_INLINE int run(StringSteps& s, const v128* inputs, v128* outputs, int fra
             stampsA += a.rate;
             stampsB += b.rate;
         }
-        a.record(__builtin_shufflevector(written, written, 0, 0, 1, 1), offset);
-        b.record(__builtin_shufflevector(written, written, 2, 2, 3, 3), offset);
+        a.record(written[0], written[1], offset);
+        b.record(written[2], written[3], offset);
     }
     a.put(s, 0, offset);
     b.put(s, 2, offset);

@@ -10,7 +10,7 @@ namespace norava {
 
 namespace {
 
-constexpr std::size_t kSlotBytes = 12;
+constexpr std::size_t kStrideBytes = 24;
 constexpr std::size_t kSampleOffset = 8;
 constexpr float kTiny = 1e-9f;
 
@@ -34,8 +34,8 @@ void renderStringStepsWide(StringSteps& lines, const v128* inputs, v128* outputs
     const v128i sounds = lines.sounds;
     const std::byte* const read[4] = {lines.read[0], lines.read[1], lines.read[2], lines.read[3]};
     std::byte* const write[4] = {lines.write[0], lines.write[1], lines.write[2], lines.write[3]};
-    const std::size_t end = static_cast<std::size_t>(frames) * kSlotBytes;
-    for (std::size_t offset = 0; offset < end; offset += kSlotBytes) {
+    const std::size_t end = static_cast<std::size_t>(frames) * kStrideBytes;
+    for (std::size_t offset = 0; offset < end; offset += kStrideBytes) {
         const v128 rounded1 = _mm256_cvtpd_ps(stamp1);
         const v256d between = _mm256_cvtps_pd(rounded1 - rounded0);
         const v256d t = (phase - before) / between;
@@ -56,14 +56,10 @@ void renderStringStepsWide(StringSteps& lines, const v128* inputs, v128* outputs
         stamp1 += rate;
         phase += rate;
         // Each line's sample behind its phase.
-        const v256d twice = bitsAs<v256d>(_mm256_permutevar8x32_ps(
-            _mm256_castps128_ps256(written), _mm256_setr_epi32(0, 0, 1, 1, 2, 2, 3, 3)));
-        const v256d even = __builtin_shufflevector(phase, twice, 0, 4, 2, 6);
-        const v256d odd = __builtin_shufflevector(phase, twice, 1, 5, 3, 7);
-        storeLanes(write[0] + offset, __builtin_shufflevector(even, even, 0, 1));
-        storeLanes(write[1] + offset, __builtin_shufflevector(odd, odd, 0, 1));
-        storeLanes(write[2] + offset, __builtin_shufflevector(even, even, 2, 3));
-        storeLanes(write[3] + offset, __builtin_shufflevector(odd, odd, 2, 3));
+        for (int lane = 0; lane < 4; ++lane) {
+            storeLanes(write[lane] + offset, double{phase[lane]});
+            storeLanes(write[lane] + offset + kSampleOffset, float{written[lane]});
+        }
     }
     storeLanes(lines.phase, phase);
     storeLanes(lines.stamp0, stamp0);

@@ -3,22 +3,26 @@
 namespace norava {
 
 std::size_t CTapeDelayBuffer::bytesFor(int length) {
-    constexpr std::size_t kLoadSlack = 4;  // a 16-byte load of the last 12-byte slot stays inside
-    return (static_cast<std::size_t>(length) + kSpareSlots) * kSlotBytes + kLoadSlack;
+    return (static_cast<std::size_t>(length) + kSpareSlots) * kStrideBytes;
 }
 
-void CTapeDelayBuffer::reserve(int length, LineMemory& memory) {
-    if (bytesFor(length) <= capacityBytes_) return;
-    slots_ = memory.take(bytesFor(length));
-    capacityBytes_ = slots_ ? bytesFor(length) : 0;
+void CTapeDelayBuffer::reserve(Pair& stores, int length, LineMemory& memory) {
+    const std::size_t bytes = bytesFor(length);
+    if (bytes <= stores[0].capacityBytes_) return;
+    const std::shared_ptr<std::byte[]> both = memory.take(bytes);
+    stores[0].slots_ = both;
+    stores[1].slots_ = {both, both ? both.get() + kSlotBytes : nullptr};
+    for (CTapeDelayBuffer& store : stores)
+        store.capacityBytes_ = both ? bytes : 0;
 }
 
-void CTapeDelayBuffer::allocate(int length) {
-    if (bytesFor(length) > capacityBytes_) {
+void CTapeDelayBuffer::allocate(Pair& stores, int length) {
+    if (bytesFor(length) > stores[0].capacityBytes_) {
         LineMemory own(bytesFor(length));
-        reserve(length, own);
+        reserve(stores, length, own);
     }
-    reset();
+    for (CTapeDelayBuffer& store : stores)
+        store.reset();
 }
 
 void CTapeDelayBuffer::reset() {

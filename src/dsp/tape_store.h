@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -18,10 +19,12 @@ namespace norava {
 // before, stamps lowered by 1, so that reading at the very start of a pass can interpolate. The
 // slot after the last entry holds the end sentinel, stamped 1 or more.
 //
-// A slot is 12 bytes, stamp then sample: every reader wants both. Slots are written before they are
-// read: after a reset only slots 7..9 are read, and later nothing above count + 10, the sentinel
-// that the end of the pass put there. So a reset clears the slots below 10 and leaves the rest as
-// it is, whatever the length.
+// A slot is 12 bytes, stamp then sample: every reader wants both. The slots of a line's two stores
+// take turns in memory: what is read of the one and written of the other mostly lies side by side.
+//
+// Slots are written before they are read: after a reset only slots 7..9 are read, and later nothing
+// above count + 10, the sentinel that the end of the pass put there. So a reset clears the slots
+// below 10 and leaves the rest as it is, whatever the length.
 class CTapeDelayBuffer {
   public:
     struct Entry {
@@ -33,15 +36,18 @@ class CTapeDelayBuffer {
     static constexpr int kHistory = 3;  // entries kept from the pass before
     static constexpr int kSpareSlots = 256;
 
-    // Bytes that passes of up to `length` entries need.
+    // The two stores of a line.
+    using Pair = std::array<CTapeDelayBuffer, 2>;
+
+    // Bytes that passes of up to `length` entries need in both stores.
     static std::size_t bytesFor(int length);
 
     // Takes room for passes of up to `length` entries out of `memory`, if there is less so far.
-    void reserve(int length, LineMemory& memory);
+    static void reserve(Pair& stores, int length, LineMemory& memory);
 
     // Passes have up to `length` entries from here on; resets. Takes memory of its own if too
     // little is reserved.
-    void allocate(int length);
+    static void allocate(Pair& stores, int length);
 
     // The same from here on as after `allocate`. Takes the same short time for any length.
     void reset();
@@ -73,16 +79,15 @@ class CTapeDelayBuffer {
     double rate =
         0.0;  // distance of neighbouring stamps of this pass, 0 if they differ or nobody kept count
 
-    // The slot of an entry, for readers and writers that walk through a pass themselves. A load or
-    // store of 16 bytes stays within the store; what it holds beyond the slot's 12 belongs to the
-    // next entry, which a writer fills next anyway.
+    // The slot of an entry, for readers and writers that walk through a pass themselves.
     std::byte* entryAddress(int index) const { return slotAddress(index + kFirstSlot); }
 
     static constexpr std::size_t kSlotBytes = sizeof(double) + sizeof(float);
+    static constexpr std::size_t kStrideBytes = 2 * kSlotBytes;  // from one slot to the next
 
   private:
     std::byte* slotAddress(int index) const {
-        return slots_.get() + static_cast<std::size_t>(index) * kSlotBytes;
+        return slots_.get() + static_cast<std::size_t>(index) * kStrideBytes;
     }
     Entry slot(int index) const {
         Entry result;
@@ -95,7 +100,7 @@ class CTapeDelayBuffer {
         std::memcpy(slotAddress(index) + sizeof(double), &value.sample, sizeof(float));
     }
 
-    std::shared_ptr<std::byte[]> slots_;
+    std::shared_ptr<std::byte[]> slots_;  // of both stores, from this one's first on
     std::size_t capacityBytes_ = 0;
 };
 

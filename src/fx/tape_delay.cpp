@@ -37,20 +37,18 @@ void CTapeDelay::takeBack() {
 }
 
 std::size_t CTapeDelay::bytesFor(int length) {
-    return 2 * LineMemory::sizeOf(CTapeDelayBuffer::bytesFor(std::max(length, kShortestLength)));
+    return LineMemory::sizeOf(CTapeDelayBuffer::bytesFor(std::max(length, kShortestLength)));
 }
 
 void CTapeDelay::reserve(int length, LineMemory& memory) {
     takeBack();
-    for (CTapeDelayBuffer& store : stores_)
-        store.reserve(std::max(length, kShortestLength), memory);
+    CTapeDelayBuffer::reserve(stores_, std::max(length, kShortestLength), memory);
 }
 
 void CTapeDelay::setLength(int length, double initialPosition) {
     takeBack();
     length_ = std::max(length, kShortestLength);
-    for (CTapeDelayBuffer& store : stores_)
-        store.allocate(length_);
+    CTapeDelayBuffer::allocate(stores_, length_);
     write_ = &stores_[0];
     read_ = &stores_[1];
     minimumRate_ = 1.0 / static_cast<double>(length_);

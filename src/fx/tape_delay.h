@@ -67,7 +67,7 @@ class CTapeDelay {
     void endPass(float value);
 
     TapePair* pair_ = nullptr;  // keeps the state for this line while it runs with another
-    std::array<CTapeDelayBuffer, 2> stores_;
+    CTapeDelayBuffer::Pair stores_;
     CTapeDelayBuffer* write_ = &stores_[0];
     CTapeDelayBuffer* read_ = &stores_[1];
     int length_ = 0;

@@ -108,7 +108,7 @@ int TapePair::run(const v128* inputs, v128* outputs, int frames) {
     std::byte* const write1 = s.write[1];
     int frame = 0;
     std::size_t offset = 0;
-    for (; frame < frames; ++frame, offset += CTapeDelayBuffer::kSlotBytes) {
+    for (; frame < frames; ++frame, offset += CTapeDelayBuffer::kStrideBytes) {
         const v128d stamp1 = loadPairD(read0 + offset, read1 + offset);
         v128i inStep = isLess(stamp0, position) & isAtMost(position, stamp1);
         if constexpr (!kArrived) inStep |= deaf;
@@ -133,9 +133,10 @@ int TapePair::run(const v128* inputs, v128* outputs, int frames) {
         stamp0 = stamp1;
         sample0 = sample1;
 
-        const v128d twice = bitsAs<v128d>(__builtin_shufflevector(written, written, 0, 0, 1, 1));
-        storeLanes(write0 + offset, __builtin_shufflevector(position, twice, 0, 2));
-        storeLanes(write1 + offset, __builtin_shufflevector(position, twice, 1, 3));
+        storeLanes(write0 + offset, double{position[0]});
+        storeLanes(write1 + offset, double{position[1]});
+        storeLanes(write0 + offset + sizeof(double), float{written[0]});
+        storeLanes(write1 + offset + sizeof(double), float{written[1]});
         if constexpr (!kArrived) {
             wet = glideWet(wet, targetWet);
             rate = glideRate(rate, targetRate);
