@@ -149,6 +149,6 @@ int Run(int scale) {
 }  // namespace norava
 
 int main(int count, char** words) {
-    const int scale = count > 1 ? std::clamp(std::atoi(words[1]), 1, 3) : 1;
+    const int scale = count > 1 ? std::clamp(words[1][0] - '0', 1, 3) : 1;
     return norava::Run(scale);
 }

@@ -167,6 +167,8 @@ TEST_F(EditorTest, FollowsWhatChangesElsewhere) {
 
 TEST_F(EditorTest, StepsSavesLoadsAndResetsPrograms) {
     EXPECT_EQ(Text(kProgramDisplay), "One");
+    view->Drag(CentreOf(kNextProgram), CentreOf(kOptionsMenu), 10);
+    EXPECT_EQ(Text(kProgramDisplay), "One") << "the arrow was let go outside";
     view->Click(CentreOf(kNextProgram));
     EXPECT_EQ(Text(kProgramDisplay), "Two");
     EXPECT_EQ(Shown(param::kCombLevel), 0.5f);
@@ -197,6 +199,27 @@ TEST_F(EditorTest, StepsSavesLoadsAndResetsPrograms) {
     EXPECT_FALSE(editor->IsSuper());
     view->Click(CentreOf(kProgramDisplay));
     EXPECT_TRUE(editor->IsSuper()) << "the browser";
+}
+
+TEST_F(EditorTest, EscapeLeadsBackThroughWhatIsOpen) {
+    const auto modal = [this] { return editor->GetSuperControlGroup(); };
+    editor->ShowBrowser();
+    CControlGroup* const browser = modal();
+    ASSERT_NE(browser, nullptr);
+    view->PressKey('w');
+    view->PressKey(kKeyDown);
+    EXPECT_EQ(Text(kProgramDisplay), "Two");
+    view->Click({227, 47});  // "Load"
+    EXPECT_NE(modal(), browser) << "a dialog on top";
+    view->PressKey(kKeyDown);
+    EXPECT_EQ(Text(kProgramDisplay), "Two") << "the keys are the dialog's";
+    view->PressKey(kKeyEscape);
+    EXPECT_EQ(modal(), browser) << "which did not close the browser";
+    view->PressKey(kKeyEscape);
+    EXPECT_EQ(modal(), browser) << "the search is over";
+    view->PressKey(kKeyEscape);
+    EXPECT_EQ(modal(), nullptr);
+    EXPECT_EQ(Text(kProgramDisplay), "One");
 }
 
 TEST_F(EditorTest, TakesDroppedPrograms) {
