@@ -154,14 +154,17 @@ TEST(EffectsChain, DelaysByTheTempoMenu) {
     chain.setSampleRate(8000.0);
     chain.setDelayEnable(true);
     chain.delay.wet = 1.0f;
-    chain.delay.tempoSelector = 4.0f;  // "1/4"
-    chain.setTempo(120.0);
-    // What is no tempo leaves the last one in force.
-    for (const double bad : {0.0, -60.0, std::nan(""), HUGE_VAL})
-        chain.setTempo(bad);
-    impulseResponse(chain, 16000);  // wet gain and speed glide to their places
-    const Buffer echo = impulseResponse(chain, 8000);
-    EXPECT_NEAR(static_cast<double>(loudest(echo, 200, 8000)), 4000.0, 3.0);
+    // From "1/16" on, each at a tempo that makes it half a second.
+    for (const double beats : {0.25, 0.5, 0.75, 1.0, 2.0, 3.0, 4.0, 8.0, 16.0}) {
+        chain.delay.tempoSelector += 1.0f;
+        chain.setTempo(120.0 * beats);
+        // What is no tempo leaves the last one in force.
+        for (const double bad : {0.0, -60.0, std::nan(""), HUGE_VAL})
+            chain.setTempo(bad);
+        impulseResponse(chain, 16000);  // wet gain and speed glide to their places
+        const Buffer echo = impulseResponse(chain, 8000);
+        EXPECT_NEAR(static_cast<double>(loudest(echo, 200, 8000)), 4000.0, 3.0) << beats;
+    }
 }
 
 TEST(EffectsChain, IsSilentWithoutInput) {

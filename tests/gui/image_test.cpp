@@ -151,8 +151,8 @@ TEST(ImageBank, LoadsEachPathOnceForAll) {
         EXPECT_EQ(image_bank::FindByID(1), image) << "the first of two";
         EXPECT_EQ(image_bank::Import(folder.Path("bad.tga").c_str(), 3, "bad"), nullptr);
         EXPECT_EQ(image_bank::FindByName("bad"), nullptr);
-        const image_bank::User second;
-        EXPECT_EQ(image_bank::CountUsers(), 2);
+        EXPECT_EQ((image_bank::User(), image_bank::CountUsers()), 2);
+        EXPECT_EQ(image_bank::FindByID(1), image) << "there is a user left";
     }
     EXPECT_EQ(image_bank::CountUsers(), 0);
     EXPECT_EQ(image_bank::FindByID(1), nullptr) << "freed with the last user";

@@ -87,6 +87,8 @@ TEST(ModuleSound, WorksInBlocksOfEverySize) {
     std::vector<float> right(kLargest + 2);
     for (std::size_t frames = 0; frames <= kLargest; ++frames) {
         if (frames % 1000 == 0) instance.Note(48 + static_cast<int>(frames / 1000));
+        std::fill_n(left.begin(), frames + 1, NAN);  // what is not written is no number
+        std::fill_n(right.begin(), frames + 1, NAN);
         left[0] = left[frames + 1] = right[0] = right[frames + 1] = kUntouched;
         instance.Process(left.data() + 1, right.data() + 1, static_cast<int>(frames));
         ASSERT_EQ(left[0], kUntouched);
@@ -133,6 +135,22 @@ TEST(ModuleSound, KeepsItsPitchAtEveryRate) {
         EXPECT_TRUE(IsFinite(sound));
         EXPECT_NEAR(PitchHz(sound.left, rate), 220.0, 2.0) << rate;
     }
+}
+
+TEST(ModuleSound, IsThatOfItsRateWhateverItWasBefore) {
+    const auto play = [](std::initializer_list<float> rates) {
+        VstInstance instance;
+        for (const int switched : {kDelayOn, kChorusOn, kReverbOn, kResonatorOn})
+            instance.Set(switched, 1.0f);
+        for (const float rate : rates) {
+            instance.Start(rate);
+            instance.Render(512);
+        }
+        instance.Note(60);
+        return instance.Render(20000);
+    };
+    // Each rate turns the chorus's sign, so their numbers must be alike.
+    ExpectSame(play({96000.0f}), play({48000.0f, 192000.0f, 96000.0f}));
 }
 
 TEST(ModuleSound, SurvivesRatesThatAreNone) {
