@@ -220,6 +220,7 @@ Stereo PlayATune(float rate) {
     instance.Start(rate);
     for (const int switched : {kDelayOn, kChorusOn, kReverbOn})
         instance.Set(switched, 1.0f);
+    instance.Set(kNoiseLevel, 0.5f);  // the first sound has none, whoever draws it
     Stereo sound;
     for (int i = 0; i < 60; ++i) {
         instance.Send({{i, {0x90, static_cast<unsigned char>(40 + i % 37), 100}},

@@ -115,6 +115,21 @@ TEST(Render, IsTheSameForBlocksOfWholeControlBlocks) {
         EXPECT_EQ(render(block), reference) << block;
 }
 
+// Voices look again only at what is said to have changed. Tune, set to what it is, makes them look
+// at everything.
+TEST(Render, HearsEveryKnobWhileAKeySounds) {
+    const auto play = [](const Parameter& turned, bool alone) {
+        Player player;
+        player.NoteOn(52);
+        player.Render(960, 480);
+        player.Set({{turned.index, turned.items.empty() ? 0.4f : 1.0f}});
+        if (!alone) player.Set({{param::kTune, player.synth.GetParamValue(param::kTune)}});
+        return player.Render(960, 480);
+    };
+    for (const Parameter& parameter : kParameters)
+        EXPECT_TRUE(play(parameter, true) == play(parameter, false)) << parameter.name;
+}
+
 TEST(Render, IsTheSameForEveryInstance) {
     const auto prepare = [](Player& player) {
         player.Set({{param::kNoiseLevel, 0.2f},
