@@ -119,7 +119,7 @@ class Session final : public CPluginWrapper {
         if (choice < kNames.size()) return PanelPlugin::Get().LibraryPath(kNames[choice]);
         const auto bytes = input_.Take(input_.Byte());
         const std::string text(bytes.begin(), bytes.end());
-        return text.c_str();  // a path ends at its first zero
+        return text.substr(0, text.find('\0'));
     }
 
     // After each event the window may be gone: one of them may have closed it.
