@@ -4,6 +4,8 @@
 import json
 import sys
 
+SPREAD_NAMES = {"struckAgain": "struck again", "held": "held, dying away", "released": "released, tails"}
+
 
 def load(path):
     with open(path, encoding="utf-8") as file:
@@ -71,11 +73,14 @@ def main():
         bound = "" if limit is None else f"{'>=' if more else '<='} {limit:g}"
         kept = limit is None or (value >= limit if more else value <= limit)
         print(f"{what:36}{value:>10.3g} {unit:12}{bound:>9}{'' if kept else '  missed'}")
-    spread = rows.get("blockSpread")
-    if spread:
-        median, most, worst, faults = (spread[k] for k in ("median us", "99.9% us", "worst us", "page faults"))
-        print(f"\nA block of 8 notes and all effects, in microseconds: median {median:.1f}, "
-              f"99.9 % below {most:.1f}, worst {worst:.1f};\npage faults meanwhile: {faults:.0f}")
+    spreads = [(chord, rows[f"blockSpread/{chord}"]) for chord in ("struckAgain", "held", "released")
+               if f"blockSpread/{chord}" in rows]
+    if spreads:
+        print(f"\nA block of 8 notes and all effects, in microseconds\n{'':20}{'median':>9}{'99.9 %':>9}{'worst':>9}"
+              f"{'page faults':>13}")
+    for chord, row in spreads:
+        print(f"{SPREAD_NAMES[chord]:20}{row['median us']:9.1f}{row['99.9% us']:9.1f}{row['worst us']:9.1f}"
+              f"{row['page faults']:13.0f}")
 
 
 if __name__ == "__main__":
