@@ -89,6 +89,8 @@ class CControlGroup {
     virtual bool LostFocus() { return false; }
     // The window closes: what shows only for a while, a dialog say, ends here.
     virtual void WindowCloses() {}
+    // Whether keys are the window's rather than the host's while this group gets them.
+    [[nodiscard]] virtual bool WantsKeys() const;
 
     [[nodiscard]] CImage* GetBackgroundImage() const { return background; }
     [[nodiscard]] CControl* GetFocusedControl() const { return focusedControl; }

@@ -28,6 +28,11 @@ CControl* CControlGroup::FindKeyTarget() const {
     return target && !target->IsDisabled() ? target : nullptr;
 }
 
+bool CControlGroup::WantsKeys() const {
+    const CControl* const target = FindKeyTarget();
+    return target && target->WantsKeys();
+}
+
 bool CControlGroup::MouseDoubleClick() {
     CControl* target = FindMouseTarget();
     return target && target->MouseDoubleClick();

@@ -24,8 +24,7 @@ void CWindowPort::FinishEvent() {
     }
     const CControlGroup* modal = GetSuperControlGroup();
     const CControlGroup* group = modal ? modal : focusGroup;
-    const CControl* target = group ? group->FindKeyTarget() : nullptr;
-    const bool wanted = target && target->WantsKeys();
+    const bool wanted = group && group->WantsKeys();
     if (!view || wanted == keyboardWanted) return;
     keyboardWanted = wanted;
     view->WantKeyboard(wanted);

@@ -19,6 +19,7 @@ class CPresetListAboutBox : public CControlGroup {
     bool KeyDown(int key) override;
     bool LostFocus() override;
     void WindowCloses() override;
+    [[nodiscard]] bool WantsKeys() const override { return !IsDisabled(); }
     void DrawBackground(CRect part) override;
 
   private:
