@@ -54,24 +54,36 @@ class Muse:
 
     def widen_track_list(self):
         """Draws the bar beside the list to the right; it is a few pixels wide, in a place that hangs on the icons."""
-        header = (*self.at(400, 130), 200, 60)
-        before = self.desktop.picture(*header)
         for bar in range(318, 330, 2):
             self.desktop.move(*self.at(bar, 465))
             self.desktop.button(1, True)
             for x in range(340, 721, 20):
                 self.desktop.move(*self.at(x, 465))
             self.desktop.button(1, False)
-            if before.differing(self.desktop.picture(*header)):
-                return
+            try:
+                return wait("the track list grows", self.is_wide, 2)
+            except StepFailed:
+                continue
         raise StepFailed("the track list does not grow")
+
+    def is_wide(self):
+        """Tracks in the list have colours, the arranger beside it is grey."""
+        pixel = self.desktop.picture(*self.at(560, 224), 1, 1).data[:3]
+        return max(pixel) - min(pixel) > 60
 
     def open_panel(self):
         """By a double click in the track's column "Port", which is drawn into view first."""
         self.desktop.bring_up(self.main)
         self.widen_track_list()
-        self.desktop.click(*self.at(349, 224), times=2)
-        window = wait("the window with the panel", lambda: self.desktop.window("Norava-0:Norava"))
+        window = None
+        for _ in range(5):  # the first one may come before the track is drawn
+            self.desktop.click(*self.at(349, 224), times=2)
+            try:
+                window = wait("the window with the panel", lambda: self.desktop.window("Norava-0:Norava"), 8)
+                break
+            except StepFailed:
+                continue
+        check("the panel's window opens", window is not None)
         self.desktop.bring_up(window)
         self.desktop.put(window, 660, 100)
         return Panel(self.desktop, window, (1200, 970))
