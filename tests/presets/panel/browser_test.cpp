@@ -155,9 +155,9 @@ TEST_F(BrowserTest, ClosesWhereNothingElseIsMeant) {
 TEST_F(BrowserTest, SavesUnderANameAndAsksBeforeItReplaces) {
     const std::string old = folder.Read("Bass/Round.norava");
     ClickTool(110);
-    Type("New/");
+    Type(folder.Path("New"));
     view->PressKey(kKeyEnter);
-    EXPECT_FALSE(std::filesystem::exists(folder.Path("Bass/New"))) << "no way into other folders";
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("New"))) << "no way into other folders";
     ClickTool(110);
     Type("New one");
     view->PressKey(kKeyEnter);
