@@ -19,6 +19,7 @@ from pathlib import Path
 from plant import copy_with, planted, read_all
 
 TIME_LIMIT = 120  # seconds of one check
+ROW = "{:30} {:17} {:8} {:62} {:>6} {}"
 ENVIRONMENTS = {
     "asan": {"ASAN_OPTIONS": "detect_leaks=1:detect_stack_use_after_return=1", "UBSAN_OPTIONS": "print_stacktrace=1"},
 }
@@ -123,8 +124,8 @@ def run_preset(project, preset, faults):
             caught = f"NO: {error}"
         if caught != "yes":
             missed.append(fault.name)
-        seconds = time.monotonic() - start
-        print(f"{fault.name:32} {fault.room:14} {preset:8} {fault.test:60} {seconds:4.0f} s  {caught}", flush=True)
+        seconds = f"{time.monotonic() - start:.0f} s"
+        print(ROW.format(fault.name, fault.room, preset, fault.test, seconds, caught), flush=True)
     build.plant(None)
     return missed
 
@@ -154,6 +155,7 @@ def main():
         return print(f"{build.copy} holds the project with this fault: {faults[0].text}")
     begin = time.monotonic()
     presets = sorted({fault.preset for fault in faults}, key=["release", "asan", "tsan"].index)
+    print(ROW.format("fault", "room", "build", "caught by", "time", "caught"), flush=True)
     with ThreadPoolExecutor(2) as pool:
         runs = [pool.submit(run_preset, project, preset, faults) for preset in presets]
         missed = [name for run in runs for name in run.result()]
