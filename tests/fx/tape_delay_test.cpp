@@ -196,6 +196,7 @@ TEST(Chorus, ChangesTheSignOfItsWetGainWithEachSampleRate) {
 
 TEST(Chorus, PutsItsThreeLinesWhereTheyBelong) {
     CChorus chorus;
+    chorus.setSampleRate(96000.0);
     chorus.setSampleRate(48000.0);
     chorus.setEnable(1.0f);
     chorus.setWet(0.5f);
