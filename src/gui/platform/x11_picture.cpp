@@ -84,8 +84,9 @@ void Picture::StopSharing() {
 }
 
 void Picture::Convert(std::span<const uint32_t> row, uint32_t* target) const {
-    const PixelLayout& layout = connection.GetLayout();
-    const auto convert = [&layout](uint32_t word) {
+    // A copy: what is written could otherwise change it, and no vector loop would be made.
+    const PixelLayout layout = connection.GetLayout();
+    const auto convert = [layout](uint32_t word) {
         return (word & 0xFFu) << layout.redShift | (word >> 8 & 0xFFu) << layout.greenShift |
                (word >> 16 & 0xFFu) << layout.blueShift | layout.opaque;
     };
