@@ -8,6 +8,7 @@
 #include "editor/norava_editor.h"
 #include "framework/text_copy.h"
 #include "parameters/parameter_index.h"
+#include "plugin/synth_link.h"
 #include "states.h"
 #include "synth/norava_synth.h"
 
@@ -20,18 +21,6 @@ constexpr std::array kPrograms = {"Bass/Deep.norava", "Bass/Round.norava", "Pads
 
 // Tells these files from ones that were saved over them.
 const std::filesystem::file_time_type kWritten{std::chrono::hours(1)};
-
-class Link final : public InstrumentLink {
-  public:
-    explicit Link(CNoravaSynth& instrument) : synth(instrument) {}
-    CPresetList& GetPresetList() override { return synth.GetPresetList(); }
-    StringPeaks TakeStringPeaks() override {
-        return {synth.String1Peak().Get(), synth.String2Peak().Get()};
-    }
-
-  private:
-    CNoravaSynth& synth;
-};
 
 }  // namespace
 
@@ -52,12 +41,7 @@ class PanelPlugin::View final : public OffscreenView {
 class PanelPlugin::Editor final : public CNoravaEditor {
   public:
     explicit Editor(PanelPlugin& shared)
-        : CNoravaEditor(
-              [](CPluginRenderer& instrument) {
-                  return std::make_unique<Link>(static_cast<CNoravaSynth&>(instrument));
-              },
-              GetBuiltInPictures()),
-          plugin(shared) {
+        : CNoravaEditor(SynthLink::To, GetBuiltInPictures()), plugin(shared) {
         SetViewFactory([this](PlatformEvents& listener, void*, CSize wanted, int scale) {
             return std::make_unique<View>(plugin, listener, wanted, scale);
         });

@@ -81,18 +81,6 @@ check_fuzz() {
     run_fuzz 5
 }
 
-# run_fuzz [fast] [SECONDS | runs=COUNT] [TARGET...]: a minute each of all of them, with all checkers, unless told otherwise.
-run_fuzz() {
-    local preset=fuzz limit=--seconds=60
-    [ "${1-}" != fast ] || { preset=fuzz-fast; shift; }
-    case "${1-}" in
-        runs=*[0-9]) limit=--$1; shift ;;
-        [0-9]*) limit=--seconds=$1; shift ;;
-    esac
-    build "$preset" fuzzers
-    python3 scripts/fuzz.py "build/$preset" "$limit" "$@"
-}
-
 # same_sound PRESET PRESET: both builds render the demo tune to the same samples.
 same_sound() {
     local preset hash first=
@@ -104,28 +92,4 @@ same_sound() {
         [ -z "$first" ] || [ "$hash" = "$first" ] || return 1
         first=$hash
     done
-}
-
-# run_checks [NAME...]: all of them or those named; goes on after a failure, and tells at the end how long each took.
-run_checks() {
-    local name status failed= times= start
-    [ $# -gt 0 ] || set -- $(checks_list)
-    for name in "$@"; do
-        declare -F "check_$name" >/dev/null || fail "there is no check '$name' ($(checks_list))"
-    done
-    for name in "$@"; do
-        say "--- check: $name"
-        start=$SECONDS
-        # A plain subshell, not one after ||: there the first failing command would not end it.
-        set +e
-        ( set -e; "check_$name" )
-        status=$?
-        set -e
-        [ "$status" = 0 ] || failed="$failed $name"
-        times="$times $name $((SECONDS - start)) s,"
-        say "--- $name: $([ "$status" = 0 ] && say passed || say FAILED) in $((SECONDS - start)) s"
-    done
-    say "Times:${times%,}"
-    [ -z "$failed" ] || fail "failed:$failed"
-    say "All checks passed: $*"
 }

@@ -84,3 +84,44 @@ build() {
         fail "the build of build/$preset failed; all it said is in $log"
     fi
 }
+
+# names_of KIND: what scripts/KINDs.sh defines as KIND_NAME, in its order.
+names_of() { sed -n "s/^$1_\([a-z]*\)() {.*/\1/p" "scripts/$1s.sh" | tr '\n' ' '; }
+
+# run_each KIND [NAME...]: all of a kind or those named; goes on after a failure, and tells at the end how long each took.
+run_each() {
+    local kind=$1 name status failed= times= start
+    shift
+    . "scripts/${kind}s.sh"
+    [ $# -gt 0 ] || set -- $(names_of "$kind")
+    for name in "$@"; do
+        declare -F "${kind}_$name" >/dev/null || fail "there is no $kind '$name' ($(names_of "$kind"))"
+    done
+    for name in "$@"; do
+        say "--- $kind: $name"
+        start=$SECONDS
+        # A plain subshell, not one after ||: there the first failing command would not end it.
+        set +e
+        ( set -e; "${kind}_$name" )
+        status=$?
+        set -e
+        [ "$status" = 0 ] || failed="$failed $name"
+        times="$times $name $((SECONDS - start)) s,"
+        say "--- $name: $([ "$status" = 0 ] && say passed || say FAILED) in $((SECONDS - start)) s"
+    done
+    say "Times:${times%,}"
+    [ -z "$failed" ] || fail "failed:$failed"
+    say "Passed: $*"
+}
+
+# run_fuzz [fast] [SECONDS | runs=COUNT] [TARGET...]: a minute each of all of them, with all checkers, unless told otherwise.
+run_fuzz() {
+    local preset=fuzz limit=--seconds=60
+    [ "${1-}" != fast ] || { preset=fuzz-fast; shift; }
+    case "${1-}" in
+        runs=*[0-9]) limit=--$1; shift ;;
+        [0-9]*) limit=--seconds=$1; shift ;;
+    esac
+    build "$preset" fuzzers
+    python3 scripts/fuzz.py "build/$preset" "$limit" "$@"
+}

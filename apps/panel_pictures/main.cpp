@@ -17,6 +17,7 @@
 #include "gui/control_menu.h"
 #include "gui/platform/offscreen_view.h"
 #include "parameters/parameter_index.h"
+#include "plugin/synth_link.h"
 #include "png_file/png_file.h"
 #include "presets/factory_bank.h"
 #include "synth/norava_synth.h"
@@ -41,24 +42,11 @@ class TemporaryFolder {
     std::string path;
 };
 
-class Link final : public InstrumentLink {
-  public:
-    explicit Link(CNoravaSynth& instrument) : synth(instrument) {}
-    CPresetList& GetPresetList() override { return synth.GetPresetList(); }
-    StringPeaks TakeStringPeaks() override {
-        return {synth.String1Peak().Get(), synth.String2Peak().Get()};
-    }
-
-  private:
-    CNoravaSynth& synth;
-};
-
 class Panel : public CPluginWrapper {
   public:
     Panel(const std::string& root, int scale)
         : synth({.root = root, .bank = GetFactoryBank()}),
-          editor([this](CPluginRenderer&) { return std::make_unique<Link>(synth); },
-                 GetBuiltInPictures()) {
+          editor(SynthLink::To, GetBuiltInPictures()) {
         synth.SetWrapper(this);
         synth.SetEditor(&editor);
         synth.Reset(48000.0);

@@ -73,8 +73,8 @@ class CNoravaSynth : public CPluginRenderer {
     // right side above its centre and the left side below it. Audio thread.
     float GetChnLevel(bool right) const;
 
-    // What the next noise is made from, 0 at first and not touched by Reset: with equal seeds, equal
-    // calls after a Reset give equal samples. Audio thread.
+    // What the next noise is made from, 0 at first and not touched by Reset: with equal seeds,
+    // equal calls after a Reset give equal samples. Audio thread.
     std::uint32_t GetNoiseSeed() const { return sound.noiseSeed; }
     void SetNoiseSeed(std::uint32_t seed) { sound.noiseSeed = seed; }
 

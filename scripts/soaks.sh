@@ -21,22 +21,10 @@ soak_controls() {
     NORAVA_STORM_EVENTS=1400000 build/asan/tests/gui/test_gui --gtest_filter='*Gallery*'
 }
 
-# run_soak [NAME...]: all of them or those named; goes on after a failure.
-run_soak() {
-    local name status failed= start
-    [ $# -gt 0 ] || set -- $(sed -n 's/^soak_\([a-z]*\)() {.*/\1/p' scripts/soak.sh)
-    for name in "$@"; do
-        declare -F "soak_$name" >/dev/null || fail "there is no long run '$name'"
-    done
-    for name in "$@"; do
-        say "--- soak: $name"
-        start=$SECONDS
-        set +e
-        ( set -e; "soak_$name" )
-        status=$?
-        set -e
-        [ "$status" = 0 ] || failed="$failed $name"
-        say "--- $name: $([ "$status" = 0 ] && say passed || say FAILED) in $((SECONDS - start)) s"
-    done
-    [ -z "$failed" ] || fail "failed:$failed"
+# New inputs for what reads bytes from outside (a day): a thousand million each where an execution is short, an hour
+# each of the others, and half an hour of the short ones with the checkers of memory and undefined behaviour.
+soak_fuzz() {
+    run_fuzz fast runs=1000000000 state_block fxp midi_file
+    run_fuzz 1800 state_block fxp midi_file
+    run_fuzz 3600 program_file program_text targa host_calls editor_events
 }
