@@ -3,7 +3,6 @@
 #include <mutex>
 
 #include "editor/host_keys.h"
-#include "files/text_buffer.h"
 #include "framework/plugin_instance.h"
 #include "framework/plugin_renderer.h"
 #include "framework/plugin_wrapper.h"
