@@ -116,6 +116,30 @@ TEST_F(PanelTest, MovesItsStringsWhileSoundIsMade) {
     audio.join();
 }
 
+TEST_F(PanelTest, PanelsOfSeveralInstancesKeepApart) {
+    const auto knob = [this](int top) { return desktop->Picture({84, top + 105, 47, 42}); };
+    ASSERT_TRUE(Open());
+    VstInstance other;
+    const xcb_window_t below = desktop->MakeWindow({0, 540, 855, 220});
+    ASSERT_EQ(
+        other.Dispatch(vst::effEditOpen, 0, 0, reinterpret_cast<void*>(std::uintptr_t{below})), 1);
+    const auto idleUntil = [&](const auto& condition) {
+        return Idle([&] {
+            other.Dispatch(vst::effEditIdle);
+            return condition();
+        });
+    };
+    ASSERT_TRUE(idleUntil([&] { return Colours() > 1000 && knob(0) == knob(540); }));
+    const auto before = knob(0);
+    other.Set(kHiCutCutoff, 0.9f);
+    EXPECT_TRUE(idleUntil([&] { return knob(540) != before; }));
+    EXPECT_EQ(knob(0), before);
+    instance->Dispatch(vst::effEditClose);
+    other.Set(kHiCutCutoff, other.Get(kHiCutCutoff) - 0.5f);
+    const auto high = knob(540);
+    EXPECT_TRUE(idleUntil([&] { return knob(540) != high; })) << "the other one is closed";
+}
+
 TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
     instance->Start(48000.0f);
     const auto brokenPipeHandler = [] {
