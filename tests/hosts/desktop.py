@@ -7,6 +7,7 @@ import re
 import signal
 import struct
 import subprocess
+import sys
 import time
 import zlib
 
@@ -81,9 +82,18 @@ class Desktop:
     """Used in a with statement: whatever was started in it is ended with it."""
 
     def __init__(self, folder, size=(1600, 1000)):
-        self.folder, self.size, self.groups, self.logs = folder, size, [], []
+        self.folder, self.size, self.groups = folder, size, []
 
     def __enter__(self):
+        signal.signal(signal.SIGTERM, lambda *_: sys.exit("ended from outside"))
+        try:
+            self.start_display()
+        except BaseException:
+            self.__exit__(None)
+            raise
+        return self
+
+    def start_display(self):
         read, write = os.pipe()
         screen = f"{self.size[0]}x{self.size[1]}x24"
         self.start("Xvfb", "-displayfd", str(write), "-screen", "0", screen, "-nolisten", "tcp", pass_fds=[write])
@@ -97,7 +107,6 @@ class Desktop:
         self.root = self.display.screen().root
         self.start("openbox")
         wait("a window manager", lambda: self.property(self.root, "_NET_SUPPORTING_WM_CHECK"))
-        return self
 
     def __exit__(self, kind, *_):
         if kind is not None and "NORAVA_PICTURES" in os.environ:
@@ -117,7 +126,6 @@ class Desktop:
             process = subprocess.Popen(
                 command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True, **options)
         self.groups.append(process)
-        self.logs.append(path)
         return process
 
     def property(self, window, name):

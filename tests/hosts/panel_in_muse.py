@@ -5,6 +5,7 @@ HOME and the rest of the environment lead to WORK. MusE's own dummy driver needs
 ALSA's), so it runs on a JACK server of its own without a device. Its values are read from the song that it saves."""
 
 import base64
+import glob
 import os
 import re
 import shutil
@@ -109,8 +110,12 @@ class Muse:
         wait("MusE ends by itself", lambda: self.process.poll() is not None)
 
 
+def server_name():
+    return f"norava-{os.getpid()}"
+
+
 def start_sound(desktop):
-    name = f"norava-{os.getpid()}"
+    name = server_name()
     os.environ.update(JACK_DEFAULT_SERVER=name, JACK_NO_START_SERVER="1")
     server = desktop.start("jackd", "-r", "-n", name, "-d", "dummy", "-r", "44100", "-p", "1024")
     wait("the JACK server", lambda: os.system("jack_wait -w -t 1 >/dev/null 2>&1") == 0 or server.poll() is not None)
@@ -159,3 +164,6 @@ if __name__ == "__main__":
         main()
     except StepFailed as failure:
         sys.exit(f"step failed: {failure}")
+    finally:
+        for left in glob.glob(f"/dev/shm/jack*{server_name()}*"):
+            os.unlink(left)
