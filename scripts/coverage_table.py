@@ -21,7 +21,7 @@ def reached(build):
     """gcovr's JSON: branches that only an exception takes, or that no code can, do not count."""
     out = subprocess.run(
         ["gcovr", "--root", ".", "--filter", "src/", "--exclude-throw-branches", "--exclude-unreachable-branches",
-         "--gcov-ignore-parse-errors", "--merge-mode-functions=separate", "--json", "-", build],
+         "--json", "-", build],
         check=True, capture_output=True, text=True)
     return json.loads(out.stdout)["files"]
 
