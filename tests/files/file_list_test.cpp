@@ -46,6 +46,8 @@ TEST(FileList, FiltersByKindAndExtension) {
     ASSERT_TRUE(list.findFiles(folder.Path().c_str()));
     EXPECT_THAT(Names(list), UnorderedElementsAre("one|norava", "two|fxp", "a.b|norava"));
 
+    EXPECT_FALSE(list.findFiles(nullptr));
+    EXPECT_FALSE(list.findFiles(""));
     EXPECT_FALSE(list.findFiles(folder.Path("missing").c_str()));
     EXPECT_THAT(Names(list), IsEmpty());
     EXPECT_FALSE(list.addFilter(std::string(32, 'e').c_str(), false));
@@ -56,6 +58,7 @@ TEST(FileList, AnswersOnlyInsideItsRange) {
     for (const char* path : {"", "/a/.", "/a/..", "..", "/a/b.c"})
         list.addItem(path, false);
     list.addItem(std::string("/").append(kPathBufferBytes, 'x').c_str(), false);
+    list.addItem(nullptr, false);
     ASSERT_EQ(list.getNumFilesInList(), 1);
     EXPECT_STREQ(list.getFileInfo(0, nullptr, nullptr, nullptr), "/a/b.c");
     EXPECT_EQ(list.getFileInfo(-1, nullptr, nullptr, nullptr), nullptr);

@@ -135,6 +135,35 @@ TEST(FileManager, OpensOneFileAtATime) {
     EXPECT_EQ(folder.Read("second"), "abc");
 }
 
+TEST(FileManager, DoesNothingWithoutAFileOrAPath) {
+    CFileManager file("/some/where");
+    char byte = 0;
+    EXPECT_FALSE(file.ReadData(&byte, 1));
+    EXPECT_FALSE(file.WriteData(&byte, 1));
+    EXPECT_FALSE(file.SetPosition(0));
+    EXPECT_TRUE(file.CloseFile());
+    EXPECT_FALSE(file.SetPath(nullptr));
+    EXPECT_STREQ(file.GetPath(), "") << "no path of another file stays";
+    EXPECT_FALSE(file.SetPath("/folder", nullptr));
+    EXPECT_FALSE(file.SetPath(nullptr, "name"));
+    EXPECT_FALSE(file.OpenFileForReading());
+    EXPECT_FALSE(file.OpenFileForWriting());
+    EXPECT_FALSE(file.CheckIfFileExists());
+    EXPECT_FALSE(file.CreateDirectory());
+
+    const ScratchFolder folder;
+    ASSERT_TRUE(file.OpenFileForReading(folder.Write("one", "x").c_str()));
+    EXPECT_FALSE(file.ReadData(nullptr, 1));
+    EXPECT_EQ(file.ReadUShort(), 0);
+    EXPECT_EQ(file.ReadUShortBE(), 0);
+    EXPECT_EQ(file.ReadUIntBE(), 0u);
+    EXPECT_EQ(file.ReadUChar(), 'x') << "what cannot be read moves nothing";
+    file.CloseFile();
+    ASSERT_TRUE(file.OpenFileForWriting(folder.Path("two").c_str()));
+    EXPECT_FALSE(file.WriteData(nullptr, 1));
+    EXPECT_TRUE(file.WriteData(nullptr, 0));
+}
+
 // A file dialog and a preset folder meet everything that a disk can hold.
 TEST(FileManager, RefusesWhatIsNoFileWithoutWaiting) {
     const ScratchFolder folder;

@@ -1,0 +1,57 @@
+#include "files/known_folders.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace norava {
+namespace {
+
+using file_system::UserContentFolder;
+
+class KnownFolders : public testing::Test {
+  protected:
+    ~KnownFolders() override {
+        Set("HOME", hadHome ? home.c_str() : nullptr);
+        Set("XDG_DATA_HOME", hadData ? data.c_str() : nullptr);
+    }
+    static std::string Get(const char* name) {
+        const char* const value = std::getenv(name);
+        return value != nullptr ? value : "";
+    }
+    static void Set(const char* name, const char* value) {
+        if (value != nullptr) {
+            setenv(name, value, 1);
+        } else {
+            unsetenv(name);
+        }
+    }
+
+    const bool hadHome = std::getenv("HOME") != nullptr;
+    const bool hadData = std::getenv("XDG_DATA_HOME") != nullptr;
+    const std::string home = Get("HOME");
+    const std::string data = Get("XDG_DATA_HOME");
+};
+
+TEST_F(KnownFolders, BelieveOnlyWholePaths) {
+    Set("HOME", "/home/somebody//");
+    Set("XDG_DATA_HOME", "/data/");
+    EXPECT_EQ(UserContentFolder(), "/data");
+    for (const char* const value : {static_cast<const char*>(nullptr), "", "data", "./data"}) {
+        Set("XDG_DATA_HOME", value);
+        EXPECT_EQ(UserContentFolder(), "/home/somebody/.local/share");
+    }
+    Set("XDG_DATA_HOME", "/");
+    EXPECT_EQ(UserContentFolder(), "/");
+    // Without a home in the environment the system's list of users knows one.
+    Set("XDG_DATA_HOME", nullptr);
+    for (const char* const value : {static_cast<const char*>(nullptr), "", "home"}) {
+        Set("HOME", value);
+        const std::string folder = UserContentFolder();
+        EXPECT_TRUE(folder.empty() || (folder.front() == '/' && folder.ends_with("/.local/share")));
+    }
+}
+
+}  // namespace
+}  // namespace norava
