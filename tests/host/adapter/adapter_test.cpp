@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "host/adapter/fake_plugin.h"
@@ -141,6 +143,24 @@ TEST_F(AdapterTest, LivesWithoutRendererOrPanel) {
     EXPECT_EQ(rect, nullptr);
 }
 
+// A host may call a record that it has closed already, or one that never was ours.
+TEST_F(AdapterTest, AnswersNothingForARecordWithoutAnInstance) {
+    Open();
+    void* const object = std::exchange(effect->object, nullptr);
+    std::array<float, 8> sound{};
+    float* outputs[2] = {sound.data(), sound.data()};
+    TakeLog();
+    for (AEffect* record : {effect, static_cast<AEffect*>(nullptr)}) {
+        EXPECT_EQ(effect->dispatcher(record, effGetVstVersion, 0, 0, nullptr, 0.0f), 0);
+        effect->process(record, nullptr, outputs, 8);
+        effect->processReplacing(record, nullptr, outputs, 8);
+        effect->setParameter(record, 0, 0.5f);
+        EXPECT_EQ(effect->getParameter(record, 0), 0.0f);
+    }
+    EXPECT_THAT(TakeLog(), IsEmpty());
+    effect->object = object;
+}
+
 TEST_F(AdapterTest, ShowsThePanel) {
     Open();
     TakeLog();
@@ -163,11 +183,12 @@ TEST_F(AdapterTest, ShowsThePanel) {
     EXPECT_EQ(Dispatch(effEditOpen, 0, 0, this), 1);  // again, into another window
     Dispatch(effEditIdle);
     EXPECT_EQ(Dispatch(effEditKeyDown, 'a', 0, nullptr, 9.0f), 1);
-    EXPECT_EQ(Dispatch(effEditKeyDown, 0, 6, nullptr, NAN), 0);
+    for (const float none : {NAN, -1.0f, 16.0f})
+        EXPECT_EQ(Dispatch(effEditKeyDown, 0, 6, nullptr, none), 0);
     EXPECT_EQ(Dispatch(effEditKeyUp, 'a', 0), 0);
     Dispatch(effEditClose);
-    EXPECT_THAT(TakeLog(),
-                ElementsAre("open", "close", "open", "idle", "key 97 0 9", "key 0 6 0", "close"));
+    EXPECT_THAT(TakeLog(), ElementsAre("open", "close", "open", "idle", "key 97 0 9", "key 0 6 0",
+                                       "key 0 6 0", "key 0 6 0", "close"));
     definition.editor->canOpen = false;
     EXPECT_EQ(Dispatch(effEditOpen, 0, 0, this), 0);
     EXPECT_THAT(TakeLog(), IsEmpty());
@@ -208,7 +229,16 @@ TEST_F(AdapterTest, HandsChunksOver) {
     EXPECT_THAT(host.calls, ElementsAre("0 0 0", "0 1 25", "0 2 0", "0 3 0"));
     host.calls.clear();
     EXPECT_EQ(Dispatch(effSetChunk, 1, 4, data), 0);
+    EXPECT_EQ(Dispatch(effSetChunk, 1, iptr{1} << 40, data), 0);
     EXPECT_THAT(host.calls, IsEmpty());
+    // A host that asks on ever new threads: each reads what it was given.
+    for (int i = 0; i < 80; ++i) {
+        std::thread([&] {
+            void* own = nullptr;
+            ASSERT_EQ(Dispatch(effGetChunk, 0, 0, &own), 5);
+            EXPECT_EQ(std::memcmp(own, "state", 5), 0);
+        }).join();
+    }
 }
 
 TEST_F(AdapterTest, ResetsOnSuspendResumeAndNewRates) {
