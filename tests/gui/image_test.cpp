@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <filesystem>
 #include <thread>
 
 #include "files/scratch_folder.h"
@@ -123,6 +124,10 @@ TEST(Image, SavesInItsOwnByteOrder) {
     ASSERT_TRUE(image.SetSize(CSize(300, 2)));
     image.Clear(CColor(255, 0, 7, 99));
     EXPECT_FALSE(image.SaveAsTGA(folder.Path("no/such/folder.tga").c_str()));
+    CImage wide;
+    ASSERT_TRUE(wide.SetSize(CSize(65536, 1)));
+    EXPECT_FALSE(wide.SaveAsTGA(folder.Path("wide.tga").c_str())) << "16 bits hold no such width";
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("wide.tga")));
     ASSERT_TRUE(image.SaveAsTGA(folder.Path("a.tga").c_str()));
     EXPECT_EQ(folder.Read("a.tga").size(), 18u + 300 * 2 * 4);
     CImage again;
@@ -156,6 +161,34 @@ TEST(ImageBank, LoadsEachPathOnceForAll) {
     }
     EXPECT_EQ(image_bank::CountUsers(), 0);
     EXPECT_EQ(image_bank::FindByID(1), nullptr) << "freed with the last user";
+}
+
+// A folder of pictures may have finer ones for some; what does not fit falls back to the plain one.
+TEST(ImageBank, TakesFinerPicturesWhereTheyFit) {
+    const ScratchFolder folder;
+    const auto write = [&](const char* name, int side) {
+        CImage image;
+        image.SetSize(CSize(side, side));
+        image.Clear(CColor(static_cast<uint8_t>(side), 0, 0, 255));
+        EXPECT_TRUE(image.SaveAsTGA(folder.Path(name).c_str()));
+    };
+    for (const char* name : {"fine.tga", "odd.tga", "none.tga", "no ending", "dot.ted/plain"}) {
+        std::filesystem::create_directories(folder.Path("dot.ted"));
+        write(name, 8);
+    }
+    write("fine@2x.tga", 16);
+    write("odd@2x.tga", 15);
+    const image_bank::User user;
+    const auto stored = [&](const char* name) {
+        const CImage* image = image_bank::Import(folder.Path(name).c_str(), -1, nullptr, 2);
+        EXPECT_NE(image, nullptr) << name;
+        EXPECT_EQ(image->GetSize(), CSize(8, 8)) << name;
+        return image->GetSclFactor();
+    };
+    EXPECT_EQ(stored("fine.tga"), 2);
+    for (const char* name : {"odd.tga", "none.tga", "no ending", "dot.ted/plain"})
+        EXPECT_EQ(stored(name), 1) << name;
+    EXPECT_EQ(image_bank::Import(nullptr, 1, "nothing"), nullptr);
 }
 
 // Hosts may open and close editors of several instances on several threads.
