@@ -109,7 +109,7 @@ class Storm : public testing::Test {
 TEST_F(Storm, EverythingAtOnce) {
     const char* const seconds = std::getenv("NORAVA_STORM_SECONDS");
     const auto end = std::chrono::steady_clock::now() +
-                     std::chrono::seconds(seconds != nullptr ? std::atoi(seconds) : 2);
+                     std::chrono::seconds(seconds != nullptr ? std::stoi(seconds) : 2);
     state = instances[0]->Chunk();
     for (auto& instance : instances) {
         VstInstance& one = *instance;

@@ -23,7 +23,7 @@ using test::Stereo;
 
 int FromEnvironment(const char* name, int otherwise) {
     const char* const text = std::getenv(name);
-    return text != nullptr ? std::atoi(text) : otherwise;
+    return text != nullptr ? std::stoi(text) : otherwise;
 }
 
 class Draw {
