@@ -151,8 +151,9 @@ class Host {
     }
 
     void SetRate() {
-        constexpr std::array kRates = {44100.0f,  48000.0f, 96000.0f, 22050.0f, 1000.0f, 8000.0f,
-                                       192000.0f, 7.0e5f,   0.0f,     -1.0f,    1.0e9f};
+        // Higher ones, whose instances take hundreds of megabytes, come as any number does.
+        constexpr std::array kRates = {44100.0f, 48000.0f,  96000.0f, 22050.0f, 1000.0f,
+                                       8000.0f,  192000.0f, 0.0f,     -1.0f};
         EndBeside();
         const int choice = input_.Below(int{kRates.size()} + 1);
         const bool isAny = choice == int{kRates.size()};
