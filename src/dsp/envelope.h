@@ -35,7 +35,12 @@ class CEgADSR {
     void release();
 
     bool isFinished() const { return finished_; }
-    void setFinished() { finished_ = true; }
+    // An envelope that has ended stands at its base: what starts twice in one block, or is let go
+    // in the block in which it starts, goes on from there and not from a former note's level.
+    void setFinished() {
+        finished_ = true;
+        output_ = base_;
+    }
 
   private:
     enum class Stage : std::uint8_t { attack, decaySustain, release };

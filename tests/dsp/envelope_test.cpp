@@ -40,7 +40,9 @@ TEST(Envelope, ReleasesAndRetriggersFromWhereItStands) {
     envelope.start(0.0, 1.0, 2.0, 0.5, 4.0, 0.0, 0.0, 0.0, kRate, 1.0);
     EXPECT_FLOAT_EQ(envelope.GetFrame(24000), 0.5f * (0.125f + 1.0f));
     envelope.setFinished();
-    envelope.start(0.0, 1.0, 2.0, 0.5, 4.0, 0.0, 0.0, 0.0, kRate, 1.0);
+    // Twice in one block: nothing of the former note is left.
+    for (int i = 0; i < 2; ++i)
+        envelope.start(0.0, 1.0, 2.0, 0.5, 4.0, 0.0, 0.0, 0.0, kRate, 1.0);
     EXPECT_FLOAT_EQ(envelope.GetFrame(24000), 0.5f);
 }
 

@@ -132,7 +132,7 @@ int SecondsToSilence(Player& player, double rate, float peak, int most) {
 
 TEST(RandomStates, AreLoudOnlyWithinBoundsFadeAndRepeatThemselves) {
     constexpr float kLoudest = 1.0e5f;  // before the master level, which reaches 1000 itself
-    constexpr int kLongestFade = 180;    // seconds, beside the keys' own release
+    constexpr int kLongestFade = 180;   // seconds, beside the keys' own release
     const int first = FromEnvironment("NORAVA_FIRST_STATE", 0);
     const int count = FromEnvironment("NORAVA_RANDOM_STATES", 60);
     float loudest = 0.0f;
