@@ -296,9 +296,7 @@ class Session final : public CPluginWrapper {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace norava::fuzz;
-    PanelPlugin& plugin = PanelPlugin::Get();
-    plugin.RestoreLibrary();
-    plugin.SetUIScalingFactor(1);
+    PanelPlugin::Get().Restore();
     Input input(data, size);
     Session(input).Run();
     return 0;

@@ -386,8 +386,7 @@ class Host {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace norava::fuzz;
     PanelPlugin& plugin = PanelPlugin::Get();
-    plugin.RestoreLibrary();
-    plugin.SetUIScalingFactor(1);
+    plugin.Restore();
     Input input(data, size);
     Host(input).Run();
     Require(plugin.GetView() == nullptr, "the panel goes with its instance");

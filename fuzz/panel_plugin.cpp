@@ -110,7 +110,8 @@ void PanelPlugin::WriteLibrary() {
     }
 }
 
-void PanelPlugin::RestoreLibrary() {
+void PanelPlugin::Restore() {
+    SetUIScalingFactor(1);
     namespace fs = std::filesystem;
     std::size_t files = 0;
     bool isNew = false;

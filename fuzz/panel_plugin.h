@@ -25,8 +25,9 @@ class PanelPlugin final : public CPluginInstance {
     // The window of the panel that was opened last; null when it is closed.
     OffscreenView* GetView() const { return view; }
     std::string LibraryPath(const std::string& name) const { return scratch.Path("root/" + name); }
-    // Puts back the library that an execution has saved into. Between instances.
-    void RestoreLibrary();
+    // Puts back the library that an execution has saved into, and the size of the panel. Between
+    // instances.
+    void Restore();
 
   private:
     class View;

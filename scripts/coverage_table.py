@@ -12,7 +12,7 @@ HELD = {
     "host adapter": ("src/host/",),
     "state": ("src/synth/state_block", "src/synth/parameter_exchange", "src/synth/parameter_conversion"),
     "files": ("src/files/", "src/presets/program_file"),
-    "images": ("src/gui/image", "src/gui/targa", "src/gui/packed_picture"),
+    "images": ("src/gui/image", "src/gui/packed_picture"),
 }
 LIMIT = 95.0
 

@@ -1,7 +1,7 @@
 # The long runs of ./test soak, one function each; sourced after common.sh. What they found is told in
 # docs/reliability.md.
 
-# What is true of every sound, over ten thousand random states (20 minutes).
+# What is true of every sound, over ten thousand random states (seven minutes).
 soak_states() {
     build release tests/all
     NORAVA_RANDOM_STATES=10000 build/release/tests/synth/test_synth --gtest_filter='RandomStates.*'
@@ -21,7 +21,7 @@ soak_controls() {
     NORAVA_STORM_EVENTS=1400000 build/asan/tests/gui/test_gui --gtest_filter='*Gallery*'
 }
 
-# New inputs for what reads bytes from outside (a day): a thousand million each where an execution is short, an hour
+# New inputs for what reads bytes from outside, for many hours: a thousand million each where an execution is short, an hour
 # each of the others, and half an hour of the short ones with the checkers of memory and undefined behaviour.
 soak_fuzz() {
     run_fuzz fast runs=1000000000 state_block fxp midi_file
