@@ -106,7 +106,8 @@ void PanelPlugin::WriteLibrary() {
         for (const int index : {3, 30, 60, 90})
             std::memcpy(&state[4 + 4 * static_cast<std::size_t>(index)], &value, sizeof value);
         const std::string name = kPrograms[i];
-        std::filesystem::last_write_time(scratch.Write("root/" + name, state), kWritten);
+        const std::string path = scratch.Write("root/" + name, {state.data(), state.size()});
+        std::filesystem::last_write_time(path, kWritten);
     }
 }
 

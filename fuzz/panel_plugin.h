@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "files/scratch_folder.h"
 #include "framework/plugin_instance.h"
 #include "gui/platform/offscreen_view.h"
 #include "presets/preset_library.h"
-#include "scratch_folder.h"
 
 namespace norava::fuzz {
 
@@ -36,7 +36,7 @@ class PanelPlugin final : public CPluginInstance {
     ~PanelPlugin();
     void WriteLibrary();
 
-    ScratchFolder scratch;
+    test::ScratchFolder scratch;
     LibraryPlace place;
     std::shared_ptr<PresetLibrary> library;
     std::unique_ptr<CPluginRenderer> firstRenderer;

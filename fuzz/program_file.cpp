@@ -8,11 +8,11 @@
 #include <optional>
 
 #include "check.h"
+#include "files/scratch_folder.h"
 #include "framework/plugin_instance.h"
 #include "presets/preset_list.h"
 #include "program_text/program_file.h"
 #include "render/bad_input.h"
-#include "scratch_folder.h"
 #include "states.h"
 #include "synth/norava_synth.h"
 #include "target.h"
@@ -34,7 +34,7 @@ class Instrument {
 
     void Run(std::span<const char> bytes) {
         Require(synth_.LoadState(base_.data(), kStateSize), "the base is taken");
-        const std::string path = folder_.Write("given.norava", bytes);
+        const std::string path = folder_.Write("given.norava", {bytes.data(), bytes.size()});
         const std::optional<ProgramBlock> block = ReadProgramFile(path);
         Require(block == DecodeProgram(bytes, static_cast<long>(bytes.size())),
                 "the file is read as its bytes are");
@@ -87,7 +87,7 @@ class Instrument {
         }
     }
 
-    const ScratchFolder folder_;
+    const test::ScratchFolder folder_;
     CNoravaSynth synth_;
     CPresetList& list_ = synth_.GetPresetList();
     const StateBytes base_ = BaseState();

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "check.h"
+#include "files/scratch_folder.h"
 #include "gui/image.h"
-#include "scratch_folder.h"
 #include "target.h"
 
 namespace norava::fuzz {
@@ -81,7 +81,7 @@ void LoadBase(CImage& image) {
 }
 
 void SaveAndLoad(const CImage& image, const Words& words) {
-    static const ScratchFolder folder;
+    static const test::ScratchFolder folder;
     const std::string path = folder.Path("saved.tga");
     Require(image.SaveAsTGA(path.c_str()), "it can be saved");
     CImage again;

@@ -7,7 +7,8 @@
 #include <cstring>
 #include <random>
 
-#include "apps/scratch_folder.h"
+#include "apps/midi_bytes.h"
+#include "files/scratch_folder.h"
 #include "parameters/parameter_table.h"
 #include "program_text/program_file.h"
 #include "render/bad_input.h"

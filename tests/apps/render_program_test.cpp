@@ -11,7 +11,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "apps/scratch_folder.h"
+#include "apps/midi_bytes.h"
+#include "files/scratch_folder.h"
 #include "parameters/parameter_index.h"
 #include "program_text/program_file.h"
 
@@ -41,24 +42,24 @@ class RenderProgram : public testing::Test {
         const std::string out = (logs_ / "out").string();
         const std::string err = (logs_ / "err").string();
         // The home folder is empty and has to stay so.
-        const std::string command = "cd '" + folder_.Path().string() +
-                                    "' && XDG_DATA_HOME=\"$PWD\" " + NORAVA_RENDER + " " +
-                                    arguments + " >'" + out + "' 2>'" + err + "' </dev/null";
+        const std::string command = "cd '" + folder_.Path() + "' && XDG_DATA_HOME=\"$PWD\" " +
+                                    NORAVA_RENDER + " " + arguments + " >'" + out + "' 2>'" + err +
+                                    "' </dev/null";
         const int status = std::system(command.c_str());
         return {WEXITSTATUS(status), TextOf(out), TextOf(err)};
     }
 
     ScratchFolder folder_;
-    ScratchFolder logs_{"_logs"};
+    ScratchFolder logs_;
 };
 
 TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
     folder_.Write("good.mid", ScaleFile({60}));
-    folder_.Write("text.mid", {'h', 'e', 'l', 'l', 'o'});
+    folder_.Write("text.mid", "hello");
     Bytes cut = ScaleFile({60});
     cut.resize(cut.size() - 6);
     folder_.Write("cut.mid", cut);
-    folder_.Write("empty.mid", {});
+    folder_.Write("empty.mid", "");
     folder_.Write("short.bin", Bytes(100, 0));
     folder_.Write("wrong.bin", Bytes(588, 0));
     std::filesystem::create_directory(folder_ / "folder");

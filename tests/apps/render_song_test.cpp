@@ -8,7 +8,8 @@
 #include <fstream>
 #include <memory>
 
-#include "apps/scratch_folder.h"
+#include "apps/midi_bytes.h"
+#include "files/scratch_folder.h"
 #include "framework/plugin_instance.h"
 #include "framework/plugin_renderer.h"
 #include "parameters/parameter_index.h"
@@ -188,7 +189,7 @@ TEST_F(RenderSongTest, ProgramNumbersAndBanksOfTheSongAreLeftAlone) {
 }
 
 TEST_F(RenderSongTest, AFailureLeavesTheOldFileAndNothingElse) {
-    folder_.Write("a.wav", {'o', 'l', 'd'});
+    folder_.Write("a.wav", "old");
     const std::atomic<bool> interrupted = true;
     const auto song = folder_.Write("song.mid", ScaleFile({60}));
     EXPECT_THROW(RenderSong(

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "apps/scratch_folder.h"
+#include "files/scratch_folder.h"
 #include "parameters/parameter_index.h"
 #include "render/bad_input.h"
 
@@ -60,13 +60,11 @@ TEST(Setting, RefusesWhatNoParameterTakes) {
 
 TEST(Patch, ErrorsNameTheFileAndTheLine) {
     const ScratchFolder folder;
-    const auto write = [&](const std::string& text) {
-        return folder.Write("x.patch", Bytes(text.begin(), text.end()));
-    };
-    const auto good = LoadPatch(write("# a sound\r\n\r\nTune = 0.5\r\n  Amp Decay=0.25\n"));
+    const auto good =
+        LoadPatch(folder.Write("x.patch", "# a sound\r\n\r\nTune = 0.5\r\n  Amp Decay=0.25\n"));
     ASSERT_EQ(good.size(), 2u);
     EXPECT_EQ(good[1].index, kAmpDecay);
-    const auto bad = write("Tune = 0.5\nTuna = 0.5\n");
+    const auto bad = folder.Write("x.patch", "Tune = 0.5\nTuna = 0.5\n");
     EXPECT_THAT(ErrorOf([&] { LoadPatch(bad); }), HasSubstr("x.patch:2: there is no"));
     EXPECT_NE(ErrorOf([&] { LoadPatch(folder / "none.patch"); }), "");
     EXPECT_NE(ErrorOf([&] { LoadPatch(folder.Path()); }), "");

@@ -1,25 +1,23 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include <stdlib.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace norava::test {
 
-// A folder of the running test alone, gone afterwards.
+// An empty folder that nobody else has, gone with its owner. Fuzz targets use it too.
 class ScratchFolder {
   public:
     ScratchFolder() {
-        const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-        folder =
-            std::filesystem::temp_directory_path() /
-            ("norava-" + std::string(info->test_suite_name()) + "-" + info->name() + "-" +
-             std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "-" +
-             std::to_string(std::hash<std::string>{}(std::filesystem::current_path().string())));
-        std::filesystem::remove_all(folder);
-        std::filesystem::create_directories(folder);
+        std::string name = (std::filesystem::temp_directory_path() / "norava-XXXXXX").string();
+        folder = mkdtemp(name.data());
     }
     ~ScratchFolder() {
         std::error_code ignored;
@@ -28,18 +26,33 @@ class ScratchFolder {
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
 
+    std::filesystem::path operator/(const std::string& name) const { return folder / name; }
     [[nodiscard]] std::string Path(const std::string& name = "") const {
         return name.empty() ? folder.string() : (folder / name).string();
     }
 
-    std::string Write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(Path(name), std::ios::binary) << bytes;
+    // Return the path; folders on the way are made.
+    std::string Write(const std::string& name, std::string_view bytes) const {
+        std::filesystem::create_directories((folder / name).parent_path());
+        std::ofstream(folder / name, std::ios::binary) << bytes;
         return Path(name);
+    }
+    std::string Write(const std::string& name, const std::vector<std::uint8_t>& bytes) const {
+        return Write(name,
+                     std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
     }
 
     [[nodiscard]] std::string Read(const std::string& name) const {
-        std::ifstream stream(Path(name), std::ios::binary);
+        std::ifstream stream(folder / name, std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    // Hidden files too.
+    [[nodiscard]] std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder))
+            names.push_back(entry.path().filename().string());
+        return names;
     }
 
   private:
