@@ -14,21 +14,25 @@ namespace norava::test {
 
 using Log = std::vector<std::string>;
 
+// Lets a window open off-screen; `view` is what it shows itself in, until it is closed.
+inline void UseOffscreenView(CWindowPort& window, OffscreenView*& view) {
+    window.SetViewFactory([&view](PlatformEvents& events, void*, CSize size, int scale) {
+        auto made = std::make_unique<OffscreenView>(events, size, scale);
+        view = made.get();
+        return made;
+    });
+}
+
 // A window that writes down what its controls report, shown in an off-screen view.
 class OffscreenWindow : public CWindowPort {
   public:
     explicit OffscreenWindow(CSize windowSize = CSize(100, 80), int scale = 1)
         : CWindowPort(scale) {
         SetSize(windowSize);
-        SetViewFactory([this](PlatformEvents& events, void*, CSize viewSize, int viewScale) {
-            auto made = std::make_unique<OffscreenView>(events, viewSize, viewScale);
-            view = made.get();
-            return made;
-        });
+        UseOffscreenView(*this, view);
     }
     ~OffscreenWindow() override { Close(); }
 
-    // Opens the window; the view is there until it is closed.
     OffscreenView& Show() {
         if (!IsOpen() && !Open()) std::abort();
         return *view;

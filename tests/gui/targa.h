@@ -13,7 +13,6 @@ struct Targa {
     int width = 3;
     int height = 2;
     int depth = 32;
-    std::string idField;
     std::function<uint32_t(int x, int y)> color = [](int x, int y) {
         return 0x80302010u + static_cast<uint32_t>(x + 16 * y);
     };
@@ -21,13 +20,10 @@ struct Targa {
     [[nodiscard]] std::vector<uint8_t> Bytes() const {
         const auto low = [](int value) { return static_cast<uint8_t>(value & 0xFF); };
         std::vector<uint8_t> bytes(18);
-        bytes[0] = low(static_cast<int>(idField.size()));
         bytes[2] = 2;
         bytes[12] = low(width), bytes[13] = low(width >> 8);
         bytes[14] = low(height), bytes[15] = low(height >> 8);
         bytes[16] = low(depth);
-        for (const char character : idField)
-            bytes.push_back(static_cast<uint8_t>(character));
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
                 const uint32_t word = color(x, y);

@@ -4,17 +4,36 @@
 #include "files/scratch_folder.h"
 #include "gui/offscreen_window.h"
 #include "gui/targa.h"
-#include "gui/window_port_standalone.h"
 #include "pictures/picture_packer.h"
 
+// How a window, its groups and their controls share events, focus, mouse and screen.
 namespace norava {
 namespace {
 
 using test::Log;
 using test::OffscreenWindow;
 using test::TestControl;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+struct WindowTest : testing::Test {
+    TestControl* Add(int id, CRect rect, CControlGroup* group = nullptr) {
+        return (group ? group : window.GetRootControlGroup())->Add<TestControl>(log, id, rect);
+    }
+    CControlGroup* AddGroup() {
+        return window.AttachControlGroup(std::make_unique<CControlGroup>());
+    }
+    Log TakeLog() { return std::exchange(log, {}); }
+
+    Log log;
+    OffscreenWindow window;
+    OffscreenView& view = window.Show();
+    CControlGroup* other = AddGroup();
+    TestControl* a = Add(1, CRect(0, 0, 20, 20));
+    TestControl* b = Add(2, CRect(10, 10, 20, 20));
+    TestControl* c = Add(3, CRect(10, 10, 40, 20), other);
+};
 
 TEST(WindowPort, OpensOnlyWhenItCan) {
     OffscreenWindow window(CSize(0, 0));
@@ -23,20 +42,15 @@ TEST(WindowPort, OpensOnlyWhenItCan) {
     window.SetSize(40, 30);
     ASSERT_TRUE(window.Open());
     EXPECT_FALSE(window.Open()) << "open already";
-    OffscreenWindow inner;
+    OffscreenWindow inner, closed;
     EXPECT_TRUE(inner.Open(&window));
-    OffscreenWindow closed;
     EXPECT_FALSE(inner.Open(&closed));
     window.Close();
     window.Close();
     EXPECT_FALSE(window.IsOpen());
-    EXPECT_TRUE(window.Open());
-
-    CWindowPort noSystem;
-    noSystem.SetSize(10, 10);
-    noSystem.SetViewFactory([](PlatformEvents&, void*, CSize, int) { return nullptr; });
-    EXPECT_FALSE(noSystem.Open());
-    EXPECT_FALSE(noSystem.IsOpen());
+    window.SetViewFactory([](PlatformEvents&, void*, CSize, int) { return nullptr; });
+    EXPECT_FALSE(window.Open()) << "no system";
+    EXPECT_FALSE(window.IsOpen());
 }
 
 TEST(WindowPort, ShowsWhatWasPainted) {
@@ -63,126 +77,257 @@ TEST(WindowPort, ShowsWhatWasPainted) {
     EXPECT_EQ(window.GetRootControlGroup()->GetRect(), CRect(0, 0, 20, 10));
 }
 
-struct RoutingTest : testing::Test {
-    RoutingTest() {
-        second = window.AttachControlGroup(std::make_unique<CControlGroup>());
-        second->SetID(7);
-        a = window.GetRootControlGroup()->Add<TestControl>(log, 1, CRect(0, 0, 20, 20));
-        b = second->Add<TestControl>(log, 2, CRect(10, 10, 20, 20));
-        b->wantsKeys = true;
-    }
-    Log TakeLog() { return std::exchange(log, {}); }
+TEST_F(WindowTest, RedrawsOnlyWhatChanged) {
+    static_cast<void>(view.TakePresented());
+    EXPECT_FALSE(a->SetValueAndRedraw(0.0f));
+    EXPECT_THAT(view.TakePresented(), IsEmpty());
+    EXPECT_TRUE(window.SetControlValueAndRedraw(1, 0.5f));
+    EXPECT_THAT(view.TakePresented(), ElementsAre(a->GetRect()));
+    a->Disable(true);
+    EXPECT_TRUE(a->SetValueAndRedraw(1.0f)) << "stored all the same";
+    other->Disable(true);
+    window.RedrawControl(3, true);
+    EXPECT_EQ(a->drawn, 1);
+    EXPECT_EQ(c->drawn, 0);
 
-    Log log;
-    OffscreenWindow window;
-    OffscreenView& view = window.Show();
-    CControlGroup* second = nullptr;
-    TestControl* a = nullptr;
-    TestControl* b = nullptr;
-};
+    CControl loose;
+    EXPECT_TRUE(loose.SetValueAndRedraw(1.0f));
+    loose.GrabFocus();
+    loose.SetSuper(true);
+    loose.StartTracking(true);
+    loose.DrawToBuffer();
+    EXPECT_FALSE(loose.SendClicked());
+    EXPECT_EQ(loose.GetMousePos(), CPoint(-1, -1));
+}
 
-TEST_F(RoutingTest, TheFirstGroupThatUsesTheMouseEndsTheWalk) {
+TEST_F(WindowTest, TheFirstUnderTheMouseInTheFirstGroupThatUsesItGetsIt) {
     view.MoveMouse({15, 15});
-    TakeLog();
     view.PressMouse();
-    EXPECT_THAT(TakeLog(), ElementsAre("down 1"));
-    a->act = [](TestControl&, const std::string&) { return false; };
-    view.PressMouse();
+    EXPECT_THAT(TakeLog(), ElementsAre("move 1", "down 1"));
+    view.MoveMouse({20, 20});
+    EXPECT_THAT(TakeLog(), ElementsAre("move 2")) << "edges are exclusive";
+    a->Disable(true);
+    view.Click({15, 15}, kMouseRight);
+    EXPECT_THAT(TakeLog(), ElementsAre("move 2", "down 2", "up 2"));
+    EXPECT_EQ(b->GetMouseBtn(), kMouseRight);
+    b->act = [](TestControl&, const std::string& event) { return event == "down"; };
     EXPECT_TRUE(view.TurnWheel(-1));
-    EXPECT_THAT(TakeLog(), ElementsAre("down 1", "down 2", "wheel down 1", "wheel down 2"));
-    second->Disable(true);
+    EXPECT_THAT(TakeLog(), ElementsAre("wheel down 2", "wheel down 3"));
+    other->Disable(true);
     EXPECT_FALSE(view.TurnWheel(1));
-    EXPECT_THAT(TakeLog(), ElementsAre("wheel up 1"));
-    window.DisableControlGroup(7, false);
-    EXPECT_FALSE(second->IsDisabled());
-    EXPECT_EQ(window.GetControlGroupByNum(1), second);
-    EXPECT_EQ(window.GetControlGroupByNum(2), nullptr);
-    EXPECT_EQ(window.GetControlGroupByNum(-1), nullptr);
+    view.PressMouse(kMouseLeft, true);
+    EXPECT_THAT(TakeLog(), ElementsAre("wheel up 2", "double 2", "down 2"))
+        << "an unused double click is a second click";
 }
 
-TEST_F(RoutingTest, AnUnusedDoubleClickIsASecondClick) {
-    view.MoveMouse({5, 5});
-    TakeLog();
-    view.PressMouse(kMouseLeft, true);
-    EXPECT_THAT(TakeLog(), ElementsAre("double 1"));
-    a->act = [](TestControl&, const std::string& event) { return event != "double"; };
-    view.PressMouse(kMouseLeft, true);
-    EXPECT_THAT(TakeLog(), ElementsAre("double 1", "down 1"));
-}
-
-TEST_F(RoutingTest, KeysGoToEveryGroupOrToTheSuperGroup) {
+TEST_F(WindowTest, KeysFollowTheFocus) {
     a->GrabFocus();
-    EXPECT_FALSE(view.HasKeyboard()) << "what takes no keys leaves them to the host";
-    view.MoveMouse({25, 25});
+    a->GrabFocus();
     b->GrabFocus();
+    EXPECT_FALSE(view.HasKeyboard()) << "what takes no keys leaves them to the host";
+    c->wantsKeys = true;
+    c->GrabFocus();
+    EXPECT_THAT(TakeLog(), ElementsAre("took focus 1", "lost focus 1", "took focus 2",
+                                       "lost focus 2", "took focus 3"));
+    EXPECT_TRUE(other->IsFocused());
     view.Tick();
     EXPECT_TRUE(view.HasKeyboard());
     TakeLog();
     EXPECT_TRUE(view.PressKey(kKeyUp));
-    EXPECT_THAT(TakeLog(), ElementsAre("key " + std::to_string(kKeyUp) + " 2", "key up 2"));
+    EXPECT_THAT(TakeLog(), ElementsAre("key " + std::to_string(kKeyUp) + " 3", "key up 3"));
     a->SetSuper(true);
     view.PressKey('q');
     EXPECT_THAT(TakeLog(), ElementsAre("key 113 1", "key up 1"));
     EXPECT_FALSE(view.HasKeyboard());
     a->SetSuper(false);
-    b->act = [](TestControl&, const std::string&) { return false; };
+    c->act = [](TestControl&, const std::string&) { return false; };
     EXPECT_FALSE(view.PressKey('q')) << "the host may have it";
+    TakeLog();
+    c->Disable(true);
+    view.PressKey('q');
+    EXPECT_THAT(TakeLog(), ElementsAre("lost focus 3"));
 }
 
-TEST_F(RoutingTest, TrackingKeepsTheMouse) {
-    b->StartTracking(true);
+// A handler that answers the loss of the focus by taking it back, or by destroying who asked.
+TEST_F(WindowTest, FocusSurvivesStubbornControls) {
+    a->GrabFocus();
+    a->act = [](TestControl& self, const std::string& event) {
+        if (event == "lost focus") self.GrabFocus();
+        return true;
+    };
+    b->GrabFocus();
+    EXPECT_TRUE(a->IsFocused());
+    a->act = [&](TestControl&, const std::string& event) {
+        if (event == "lost focus") window.DestroyControl(b);
+        return true;
+    };
+    b->GrabFocus();
+    EXPECT_EQ(window.GetControlByID(2), nullptr);
+    a->act = [](TestControl& self, const std::string& event) {
+        if (event == "lost focus") self.Disable(true);
+        return true;
+    };
+    a->GrabFocus();
+    a->Disable(true);
+    EXPECT_TRUE(a->IsDisabled());
+}
+
+TEST_F(WindowTest, AModalControlHasTheWindowForItself) {
+    b->SetSuper(true);
+    EXPECT_EQ(window.GetSuperControl(), b);
+    view.Click({5, 5});
+    view.Click({45, 15});
+    view.PressKey('x');
+    EXPECT_THAT(TakeLog(), testing::Each(testing::EndsWith("2")));
+    view.Tick();
+    EXPECT_THAT(TakeLog(), ElementsAre("timer 1", "timer 2"));
+
+    // The others' values change meanwhile; their pictures follow when it ends.
+    a->SetValueAndRedraw(1.0f);
+    c->SetValueAndRedraw(1.0f);
+    EXPECT_EQ(a->drawn + c->drawn, 0);
+    EXPECT_TRUE(b->SetValueAndRedraw(1.0f));
+    EXPECT_EQ(b->drawn, 1);
+    b->act = [](TestControl& self, const std::string& event) {
+        if (event == "down") self.SetSuper(false);
+        return true;
+    };
+    view.Click({5, 5});
+    EXPECT_FALSE(window.IsSuper());
+    EXPECT_EQ(a->drawn + c->drawn, 2);
+}
+
+TEST_F(WindowTest, EndingAModalOneRestoresTheOneBefore) {
+    a->SetSuper(true);
+    other->SetSuper(true);
+    EXPECT_EQ(window.GetSuperControlGroup(), other);
+    EXPECT_FALSE(other->GetSuperControl()) << "all of a dialog works";
+    TestControl* menu = Add(4, CRect(60, 0, 10, 10), other);
+    menu->SetSuper(true);
+    EXPECT_EQ(window.GetSuperControl(), menu);
+    EXPECT_FALSE(window.GetRootControlGroup()->MouseDown()) << "the lower one is shut";
+    a->SetSuper(false);
+    a->SetSuper(false);
+    EXPECT_EQ(window.GetSuperControl(), menu) << "a lower one may end first";
+    a->SetSuper(true);
+    EXPECT_EQ(window.GetSuperControl(), a);
+    a->SetSuper(false);
+    menu->SetSuper(false);
+    view.Click({45, 15});
+    EXPECT_THAT(TakeLog(), Contains("down 3"));
+    EXPECT_TRUE(other->IsSuper());
+    other->Disable(true);
+    EXPECT_FALSE(window.IsSuper()) << "a hidden dialog must not freeze the window";
+    other->Disable(false);
+    EXPECT_TRUE(window.IsSuper());
+    c->SetSuper(true);
+    window.DestroyControlGroup(other);
+    EXPECT_FALSE(window.IsSuper());
+    view.Click({5, 5});
+    EXPECT_THAT(TakeLog(), Contains("down 1"));
+}
+
+TEST_F(WindowTest, TrackingKeepsTheMouse) {
+    view.MoveMouse({-1, -1});
+    c->StartTracking(true);
     window.StartTracking(false);
     EXPECT_TRUE(window.GetTrackingOption()) << "the first option stays";
     EXPECT_TRUE(view.IsPointerHidden());
-    TakeLog();
     view.MoveMouse({300, -20});
-    EXPECT_THAT(TakeLog(), ElementsAre("move 2"));
-    EXPECT_EQ(b->GetMouseDelta(), CSize(301, -19));
-    EXPECT_EQ(b->GetMousePos(), CPoint(-1, -1)) << "a hidden pointer stays where it was";
-    view.Tick();
+    EXPECT_THAT(TakeLog(), ElementsAre("move 3"));
+    EXPECT_EQ(c->GetMouseDelta(), CSize(301, -19));
+    EXPECT_EQ(c->GetMousePos(), CPoint(-1, -1)) << "a hidden pointer stays where it was";
     view.PressMouse(kMouseRight);
     EXPECT_TRUE(window.IsMouseButtonDown(kMouseRight));
     EXPECT_FALSE(window.IsMouseButtonDown(kMouseLeft));
     a->FinishTracking();
-    EXPECT_TRUE(b->IsTracking()) << "nobody ends the tracking of another";
-    b->FinishTracking();
+    EXPECT_TRUE(c->IsTracking()) << "nobody ends the tracking of another";
+    c->FinishTracking();
     EXPECT_FALSE(window.IsTracking());
     EXPECT_FALSE(view.IsTracking());
 
-    b->StartTracking(false);
+    c->StartTracking(false);
     a->StartTracking(false);
-    EXPECT_FALSE(b->IsTracking());
+    EXPECT_FALSE(c->IsTracking());
     EXPECT_TRUE(a->IsTracking());
-    view.MoveMouse({25, 25});
-    a->FinishTracking();
-    TakeLog();
-    view.MoveMouse({26, 26});
-    EXPECT_THAT(TakeLog(), ElementsAre("move 2"));
-
     window.Close();
-    b->StartTracking(true);
+    c->StartTracking(true);
     EXPECT_FALSE(window.IsTracking()) << "a closed window has no mouse";
 }
 
-TEST_F(RoutingTest, TheTimerFollowsTheMouse) {
-    struct Elsewhere : OffscreenView {
-        using OffscreenView::OffscreenView;
-        std::optional<CPoint> GetMouseLocation() override { return CPoint(77, 66); }
+// Drags that end because the control goes away must end their gesture too.
+TEST_F(WindowTest, EveryWayOutOfADragTellsTheControl) {
+    const auto drag = [&] {
+        a->act = [](TestControl& self, const std::string& event) {
+            if (event == "down" && self.SendClicked()) {
+                self.GrabFocus();
+                self.StartTracking(true);
+            }
+            if (event == "lost focus" && self.IsTracking()) {
+                self.FinishTracking();
+                self.SendReleased();
+            }
+            return true;
+        };
+        view.MoveMouse({5, 5});
+        view.PressMouse();
+        EXPECT_TRUE(a->IsTracking());
     };
+    const auto expectEnded = [&](const std::string& how) {
+        EXPECT_THAT(std::exchange(window.log, {}), ElementsAre("clicked 1", "released 1")) << how;
+        EXPECT_FALSE(window.IsTracking()) << how;
+        EXPECT_EQ(window.GetTrackingControlGroup(), nullptr) << how;
+    };
+    drag();
+    a->Disable(true);
+    EXPECT_FALSE(view.IsTracking());
+    expectEnded("disabled");
+    TakeLog();
+    view.ReleaseMouse();
+    EXPECT_THAT(TakeLog(), IsEmpty()) << "a disabled control receives nothing";
+    a->Disable(false);
+    drag();
+    view.GetEvents().MouseTakenAway();
+    expectEnded("taken by the system");
+    drag();
+    window.GetRootControlGroup()->Disable(true);
+    expectEnded("group disabled");
+    window.GetRootControlGroup()->Disable(false);
+    drag();
+    window.DestroyControl(a);
+    expectEnded("destroyed");
+    window.DestroyControl(b);
+    a = Add(1, CRect(0, 0, 10, 10));
+    drag();
     window.Close();
-    window.SetViewFactory([this](PlatformEvents& events, void*, CSize size, int scale) {
-        auto made = std::make_unique<Elsewhere>(events, size, scale);
-        window.view = made.get();
-        return made;
-    });
-    OffscreenView& other = window.Show();
-    other.MoveMouse({25, 25});
-    other.Tick();
-    EXPECT_EQ(window.GetMousePos(), CPoint(77, 66));
-    b->StartTracking(false);
-    other.MoveMouse({25, 25});
-    other.Tick();
-    EXPECT_EQ(window.GetMousePos(), CPoint(25, 25));
+    expectEnded("closed");
+}
+
+TEST_F(WindowTest, BackgroundsLieInTheirOrder) {
+    CImage picture;
+    const CColor blue(0, 0, 255), red(255, 0, 0);
+    picture.SetSize(CSize(30, 30));
+    picture.Clear(blue);
+    window.paintBackground = [](CGraphicBuffer& buffer, CRect) {
+        CColor ink(255, 0, 0);
+        buffer.FillRect(CRect(0, 0, 20, 20), &ink);
+    };
+    window.GetRootControlGroup()->SetBackgroundImage(&picture);
+    other->SetRect(CRect(40, 10, 8, 8));
+    other->SetBackgroundImage(&picture);
+    for (TestControl* control : {a, b, c})
+        control->Disable(true);
+    window.DrawToBuffer();
+    const auto at = [&](int x, int y) { return window.GetGraphicBuffer()->GetColorAt(x, y); };
+    EXPECT_EQ(at(19, 19), red) << "the root's picture hides nothing";
+    EXPECT_EQ(at(20, 20), blue);
+    EXPECT_EQ(at(41, 11), blue) << "a panel's covers the window's";
+    window.GetGraphicBuffer()->Clear(CColor(9));
+    c->SetRect(CRect(44, 14, 10, 10));
+    c->DrawBackground();
+    c->DrawBackground(CRect(200, 200, 10, 10));
+    EXPECT_EQ(at(43, 13), CColor(9)) << "only what was asked for is repainted";
+    EXPECT_EQ(at(44, 14), blue);
 }
 
 TEST(WindowPortPictures, ComeFromTheFolderOrTheModule) {
@@ -193,41 +338,35 @@ TEST(WindowPortPictures, ComeFromTheFolderOrTheModule) {
     const std::vector<uint8_t> once = pack(1), twice = pack(2), thrice = pack(3);
     const BuiltInPicture set[] = {{"knob.tga", {once, twice, thrice}}, {"broken.tga", {}}};
     const test::ScratchFolder folder;
-    test::Targa wide;
-    wide.width = 9;
-    folder.Write("fader.tga", wide.Text());
+    folder.Write("fader.tga", test::Targa{}.Text());
     {
-        CWindowPort window;
+        CWindowPort window, large(2);
+        const auto import = [&](const char* name, int id) {
+            return window.ImportImageFromFile(name, id, "named");
+        };
         window.SetBuiltInPictures(set);
-        window.SetImageLibraryDir((folder.Path() + "/").c_str());
-        EXPECT_EQ(window.GetImageLibraryDir(), folder.Path() + "/");
-        window.SetImageLibraryDir(folder.Path().c_str());
-        EXPECT_EQ(window.GetImageLibraryDir(), folder.Path() + "/");
-        CImage* fader = window.ImportImageFromFile("fader.tga", 9, "fader");
+        for (const std::string& written : {folder.Path() + "/", folder.Path()}) {
+            window.SetImageLibraryDir(written.c_str());
+            EXPECT_EQ(window.GetImageLibraryDir(), folder.Path() + "/");
+        }
+        CImage* fader = import("fader.tga", 9);
         ASSERT_NE(fader, nullptr);
-        EXPECT_EQ(window.GetImageByID(9), fader);
-        EXPECT_EQ(window.GetImageByName("fader"), fader);
-        EXPECT_EQ(window.ImportImageFromFile("knob.tga", 1, nullptr), nullptr)
-            << "a folder that exists must be complete";
+        EXPECT_EQ(window.GetImageByName("named"), fader);
+        EXPECT_EQ(large.GetImageByID(9), fader) << "shared by all windows";
+        EXPECT_EQ(import("knob.tga", 1), nullptr) << "a folder that exists must be complete";
 
         window.SetImageLibraryDir(folder.Path("Graphics").c_str());
-        CImage* knob = window.ImportImageFromFile("knob.tga", 1, nullptr);
+        CImage* knob = import("knob.tga", 1);
         ASSERT_NE(knob, nullptr);
-        EXPECT_EQ(window.ImportImageFromFile("knob.tga", 2, nullptr), knob);
-        EXPECT_EQ(window.ImportImageFromFile("fader.tga", 2, nullptr), nullptr);
-        EXPECT_EQ(window.ImportImageFromFile("broken.tga", 2, nullptr), nullptr);
-        EXPECT_EQ(window.ImportImageFromFile("", 2, nullptr), nullptr);
-        EXPECT_EQ(window.ImportImageFromFile(nullptr, 2, nullptr), nullptr);
-
+        EXPECT_EQ(import("knob.tga", 2), knob);
+        for (const char* missing :
+             {"fader.tga", "broken.tga", "", static_cast<const char*>(nullptr)})
+            EXPECT_EQ(import(missing, 2), nullptr);
         window.SetImageLibraryDir(std::string(1023, 'x').c_str());
-        EXPECT_EQ(window.ImportImageFromFile("knob.tga", 2, nullptr), nullptr) << "never cut";
+        EXPECT_EQ(import("knob.tga", 2), nullptr) << "never cut";
         window.SetImageLibraryDir(nullptr);
-        EXPECT_NE(window.ImportImageFromFile(folder.Path("fader.tga").c_str(), 3, nullptr),
-                  nullptr);
-        const CWindowPort second;
-        EXPECT_EQ(second.GetImageByID(9), fader) << "shared by all windows";
+        EXPECT_NE(import(folder.Path("fader.tga").c_str(), 3), nullptr);
 
-        CWindowPort large(2);
         large.SetBuiltInPictures(set);
         large.SetImageLibraryDir(folder.Path("Graphics").c_str());
         CImage* largeKnob = large.ImportImageFromFile("knob.tga", 1, nullptr);
@@ -236,38 +375,8 @@ TEST(WindowPortPictures, ComeFromTheFolderOrTheModule) {
         EXPECT_EQ(largeKnob->GetSize(), knob->GetSize());
         EXPECT_EQ(large.GetImageByID(1), largeKnob);
         EXPECT_EQ(window.GetImageByID(1), knob);
-
-        // A user's folder may hold some pictures for a higher scale.
-        wide.width = 18, wide.height = 4;
-        folder.Write("fader@2x.tga", wide.Text());
-        large.SetImageLibraryDir(folder.Path().c_str());
-        const CImage* largeFader = large.ImportImageFromFile("fader.tga", 9, nullptr);
-        ASSERT_NE(largeFader, nullptr);
-        EXPECT_EQ(largeFader->GetSclFactor(), 2);
-        EXPECT_EQ(largeFader->GetSize(), CSize(9, 2));
     }
     EXPECT_EQ(image_bank::FindByID(9), nullptr) << "freed with the last";
-}
-
-TEST(WindowPortStandalone, HasAWindowOfItsOwn) {
-    CWindowPortStandalone window;
-    OffscreenView* view = nullptr;
-    bool hadParent = true;
-    window.SetViewFactory([&](PlatformEvents& events, void* parent, CSize size, int scale) {
-        hadParent = parent != nullptr;
-        auto made = std::make_unique<OffscreenView>(events, size, scale);
-        view = made.get();
-        return made;
-    });
-    window.SetSize(CSize(-5, 0));
-    EXPECT_EQ(window.GetSize(), CSize(1, 1));
-    int parent = 0;
-    ASSERT_TRUE(window.Open(&parent));
-    EXPECT_FALSE(hadParent);
-    window.SetSize(30, 20);
-    EXPECT_EQ(view->GetStoredSize(), CSize(30, 20));
-    view->GetEvents().CloseRequested();
-    EXPECT_FALSE(window.IsOpen());
 }
 
 }  // namespace
