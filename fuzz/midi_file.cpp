@@ -16,7 +16,7 @@
 namespace norava::fuzz {
 namespace {
 
-constexpr unsigned kPlayed = 32768;  // one in so many: each play makes an instrument
+constexpr unsigned kPlayed = 262144;  // one in so many: each play makes an instrument
 constexpr double kSampleRate = 48000.0;
 constexpr int kBlockFrames = 64;
 constexpr int kPlayedBlocks = 16;
