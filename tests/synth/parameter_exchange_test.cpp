@@ -2,10 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
-#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -23,11 +19,19 @@ class ParameterExchangeTest : public testing::Test {
         values_[static_cast<std::size_t>(index)] = value;
         exchange_.Mark(index);
     }
-    float Read(int index) const { return values_[static_cast<std::size_t>(index)]; }
     Applied Take() {
+        return Take([](int) {});
+    }
+    // `meanwhile` comes before a value is read.
+    template <typename Meanwhile>
+    Applied Take(Meanwhile meanwhile) {
         Applied applied;
-        exchange_.TakePending([this](int i) { return Read(i); }, [&] { ++resets_; },
-                              [&](int i, float value) { applied.emplace_back(i, value); });
+        const auto read = [&](int i) {
+            meanwhile(i);
+            return values_[static_cast<std::size_t>(i)];
+        };
+        exchange_.TakePending(
+            read, [&] { ++resets_; }, [&](int i, float value) { applied.emplace_back(i, value); });
         return applied;
     }
 
@@ -50,39 +54,26 @@ TEST_F(ParameterExchangeTest, AppliesWhatWasMarkedOnceAndInOrder) {
 TEST_F(ParameterExchangeTest, TakesNothingOfAStateThatIsBeingStored) {
     Store(5, 1.0f);
     exchange_.StoreWhole([&] {
+        exchange_.MarkReset();
         Store(1, 1.0f);
         EXPECT_EQ(Take(), Applied());
         EXPECT_FALSE(exchange_.TryStoreWhole([] {})) << "one at a time";
         Store(2, 1.0f);
-    });
-    EXPECT_EQ(Take(), (Applied{{1, 1.0f}, {2, 1.0f}, {5, 1.0f}}));
-}
-
-TEST_F(ParameterExchangeTest, ResetsWithTheStateThatAskedForIt) {
-    exchange_.StoreWhole([&] {
-        exchange_.MarkReset();
-        Store(1, 1.0f);
-        Take();
         EXPECT_EQ(resets_, 0);
     });
-    EXPECT_EQ(Take(), (Applied{{1, 1.0f}}));
-    EXPECT_EQ(resets_, 1);
-    Take();
-    EXPECT_EQ(resets_, 1);
+    for (const Applied& expected : {Applied{{1, 1.0f}, {2, 1.0f}, {5, 1.0f}}, Applied()}) {
+        EXPECT_EQ(Take(), expected);
+        EXPECT_EQ(resets_, 1);
+    }
 }
 
 TEST_F(ParameterExchangeTest, DropsACopyThatAStateFellInto) {
     Store(1, 1.0f);
     Store(2, 1.0f);
-    Applied applied;
-    exchange_.TakePending(
-        [&](int i) {
-            if (i == 2)
-                exchange_.StoreWhole([&] { Store(1, 9.0f), Store(2, 9.0f), Store(3, 9.0f); });
-            return Read(i);
-        },
-        [] {}, [&](int i, float value) { applied.emplace_back(i, value); });
-    EXPECT_EQ(applied, Applied()) << "1 is of the old state and 2 of the new one";
+    const Applied copy = Take([&](int i) {
+        if (i == 2) exchange_.StoreWhole([&] { Store(1, 9.0f), Store(2, 9.0f), Store(3, 9.0f); });
+    });
+    EXPECT_EQ(copy, Applied()) << "1 is of the old state and 2 of the new one";
     EXPECT_EQ(Take(), (Applied{{1, 9.0f}, {2, 9.0f}, {3, 9.0f}}));
 }
 
@@ -103,77 +94,20 @@ TEST_F(ParameterExchangeTest, ReadsAgainWhatAStateFellInto) {
     EXPECT_LT(reads, 1000);
 }
 
-// Two hosts' threads load states, others save, set and look, while the audio thread plays. Each
-// state is all of one value, so that a mix shows. Run under the thread sanitizer as well.
-TEST(Threads, MeetWithoutTearingAStateOrAValue) {
+// Values that are set one by one while the sound goes on arrive.
+TEST(ParameterExchange, LosesNoValueBetweenThreads) {
     test::Player player;
-    CNoravaSynth& synth = player.synth;
-    const auto stateOf = [](float value, const char* name) {
-        InstrumentState state;
-        state.values.fill(value);
-        std::ranges::copy(std::string_view(name), state.name.begin());
-        std::vector<char> block(kStateSize);
-        WriteStateBlock(state, block.data());
-        return block;
-    };
-    const std::vector<char> states[2] = {stateOf(0.25f, "quarter"),
-                                         stateOf(0.75f, "three quarters")};
-    ASSERT_TRUE(synth.LoadState(states[0].data(), kStateSize));
-
-    std::atomic<bool> stop = false;
-    std::atomic<int> mixed = 0, saved = 0;
-    const auto until = [&stop](auto work) {
-        return std::thread([&stop, work] {
-            while (!stop)
-                work();
-        });
-    };
-    std::vector<std::thread> threads;
-    for (const auto& state : states) {
-        threads.push_back(until([&synth, &state] {
-            EXPECT_TRUE(synth.LoadState(state.data(), kStateSize));
-            std::this_thread::sleep_for(std::chrono::microseconds(50));
-        }));
-    }
-    threads.push_back(until([&] {
-        std::vector<char> block(kStateSize);
-        synth.SaveState(block.data());
-        if (block != states[0] && block != states[1]) ++mixed;
-        ++saved;
-    }));
-    threads.push_back(until([&synth] {
-        std::array<char, 64> text;
-        synth.GetParamDisplay(20, text);
-        synth.GetProgramName(text);
-        synth.OutputPeak().Clear();
-        (void)synth.GetKeyActivity(60);
-    }));
-    bool finite = true;
-    for (int i = 0; i < 300; ++i) {
-        player.NoteOn(48 + i % 24);
-        player.NoteOff(36 + i % 24, 100);
-        finite = finite && player.Render(256, 64).IsFinite();
-    }
-    stop = true;
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_TRUE(finite);
-    EXPECT_EQ(mixed, 0);
-    EXPECT_GT(saved, 0);
-
-    // Values that are set one by one while the sound goes on arrive as well.
-    std::thread setter([&synth] {
+    std::thread setter([&player] {
         for (int i = 0; i < 2000; ++i)
-            synth.SetParamValue(i % kNumParameters, 0.5f);
+            player.Set({{i % kNumParameters, 0.5f}});
         for (int i = 0; i < kNumParameters; ++i)
-            synth.SetParamValue(i, 0.0f);
+            player.Set({{i, 0.0f}});
     });
     for (int i = 0; i < 20; ++i)
         player.Render(64, 16);
     setter.join();
-    player.NoteOn(60);
     player.Render(64);
-    EXPECT_FLOAT_EQ(synth.GetChnLevel(false), std::pow(10.0f, -1.8f));
+    EXPECT_FLOAT_EQ(player.synth.GetChnLevel(false), std::pow(10.0f, -1.8f));
 }
 
 }  // namespace
