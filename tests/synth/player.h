@@ -53,10 +53,14 @@ struct ParamValue {
     float value;
 };
 
-template <typename Synth = CNoravaSynth>
-class BasicPlayer {
+// Lets a test break the engine from inside.
+struct OpenSynth : CNoravaSynth {
+    using CNoravaSynth::keyGainLeft;
+};
+
+class Player {
   public:
-    explicit BasicPlayer(double rate = 48000.0) : synth((NeedDefinition(), Synth())) {
+    explicit Player(double rate = 48000.0) : synth((NeedDefinition(), OpenSynth())) {
         synth.Reset(rate);
     }
 
@@ -90,9 +94,7 @@ class BasicPlayer {
         return out;
     }
 
-    Synth synth;
+    OpenSynth synth;
 };
-
-using Player = BasicPlayer<>;
 
 }  // namespace norava::test
