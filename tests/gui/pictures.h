@@ -6,9 +6,6 @@
 
 namespace norava::test {
 
-// All stored pixels of a buffer as a PNG file, without alpha.
-bool WritePng(const CGraphicBuffer& buffer, const std::string& path);
-
 // Fails the test unless the buffer equals the picture of that name in tests/gui/reference/, pixel
 // by pixel. What was drawn is left in the build folder: look at it, and copy it over the reference
 // when it is better.
