@@ -32,12 +32,18 @@ Picture ReadPng(const std::string& path) {
 }  // namespace
 
 void ExpectLooksLike(const CGraphicBuffer& buffer, const std::string& name) {
-    const std::string drawnPath = std::string(NORAVA_DRAWN_PICTURES) + "/" + name + ".png";
-    {
-        PngFile file(drawnPath);
+    const auto write = [&](const std::string& path) {
+        PngFile file(path);
         buffer.Present(&file, CRect(CPoint(), buffer.GetSize()), {});
-        ASSERT_TRUE(file.IsWritten());
-    }
+        return file.IsWritten();
+    };
+    ExpectLooksLike(write, name);
+}
+
+void ExpectLooksLike(const std::function<bool(const std::string& path)>& write,
+                     const std::string& name) {
+    const std::string drawnPath = std::string(NORAVA_DRAWN_PICTURES) + "/" + name + ".png";
+    ASSERT_TRUE(write(drawnPath));
     const Picture drawn = ReadPng(drawnPath);
     const Picture wanted = ReadPng(std::string(NORAVA_REFERENCE_PICTURES) + "/" + name + ".png");
     ASSERT_EQ(drawn.size, wanted.size) << name << ": drawn as " << drawnPath;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "gui/graphic_buffer.h"
@@ -10,6 +11,9 @@ namespace norava::test {
 // by pixel. What was drawn is left in the build folder: look at it, and copy it over the reference
 // when it is better.
 void ExpectLooksLike(const CGraphicBuffer& buffer, const std::string& name);
+// The same for a PNG file that `write` writes where it is told to.
+void ExpectLooksLike(const std::function<bool(const std::string& path)>& write,
+                     const std::string& name);
 
 // Fails unless both hold the same words.
 void ExpectSamePixels(const CGraphicBuffer& a, const CGraphicBuffer& b);

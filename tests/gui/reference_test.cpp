@@ -11,11 +11,10 @@ namespace {
 
 class ReferencePicture : public testing::TestWithParam<int> {
   protected:
-    ReferencePicture() : canvas(GetParam()) {}
-    [[nodiscard]] std::string Name(const std::string& subject) const {
-        return subject + "_scale" + std::to_string(GetParam());
+    void ExpectLooks(const std::string& subject) {
+        test::ExpectLooksLike(canvas, subject + "_scale" + std::to_string(GetParam()));
     }
-    CGraphicBuffer canvas;
+    CGraphicBuffer canvas{GetParam()};
 };
 INSTANTIATE_TEST_SUITE_P(Scales, ReferencePicture, testing::Values(1, 2));
 
@@ -48,7 +47,7 @@ TEST_P(ReferencePicture, Shapes) {
     }
     canvas.SetLineWidth(2);
     canvas.DrawRect(CRect(130, 80, 26, 20));
-    test::ExpectLooksLike(canvas, Name("shapes"));
+    ExpectLooks("shapes");
 }
 
 TEST_P(ReferencePicture, Letters) {
@@ -65,7 +64,7 @@ TEST_P(ReferencePicture, Letters) {
             canvas.DrawText(letters.c_str(), CRect(3, (bold ? 52 : 0) + line * 13, 0, 13), false);
         }
     }
-    test::ExpectLooksLike(canvas, Name("letters"));
+    ExpectLooks("letters");
 }
 
 }  // namespace
