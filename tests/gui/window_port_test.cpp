@@ -303,33 +303,6 @@ TEST_F(WindowTest, EveryWayOutOfADragTellsTheControl) {
     expectEnded("closed");
 }
 
-TEST_F(WindowTest, BackgroundsLieInTheirOrder) {
-    CImage picture;
-    const CColor blue(0, 0, 255), red(255, 0, 0);
-    picture.SetSize(CSize(30, 30));
-    picture.Clear(blue);
-    window.paintBackground = [](CGraphicBuffer& buffer, CRect) {
-        CColor ink(255, 0, 0);
-        buffer.FillRect(CRect(0, 0, 20, 20), &ink);
-    };
-    window.GetRootControlGroup()->SetBackgroundImage(&picture);
-    other->SetRect(CRect(40, 10, 8, 8));
-    other->SetBackgroundImage(&picture);
-    for (TestControl* control : {a, b, c})
-        control->Disable(true);
-    window.DrawToBuffer();
-    const auto at = [&](int x, int y) { return window.GetGraphicBuffer()->GetColorAt(x, y); };
-    EXPECT_EQ(at(19, 19), red) << "the root's picture hides nothing";
-    EXPECT_EQ(at(20, 20), blue);
-    EXPECT_EQ(at(41, 11), blue) << "a panel's covers the window's";
-    window.GetGraphicBuffer()->Clear(CColor(9));
-    c->SetRect(CRect(44, 14, 10, 10));
-    c->DrawBackground();
-    c->DrawBackground(CRect(200, 200, 10, 10));
-    EXPECT_EQ(at(43, 13), CColor(9)) << "only what was asked for is repainted";
-    EXPECT_EQ(at(44, 14), blue);
-}
-
 TEST(WindowPortPictures, ComeFromTheFolderOrTheModule) {
     const auto pack = [](int scale) {
         return PackPicture({{3, 2}, scale, true, 0},
