@@ -80,18 +80,9 @@ NORAVA_TWIN void free(void* memory) {
     CountMemory();
     __libc_free(memory);
 }
-NORAVA_TWIN void* memalign(std::size_t alignment, std::size_t size) {
-    CountMemory();
-    return __libc_memalign(alignment, size);
-}
 NORAVA_TWIN void* aligned_alloc(std::size_t alignment, std::size_t size) {
     CountMemory();
     return __libc_memalign(alignment, size);
-}
-NORAVA_TWIN int posix_memalign(void** target, std::size_t alignment, std::size_t size) {
-    CountMemory();
-    *target = __libc_memalign(alignment, size);
-    return *target != nullptr ? 0 : ENOMEM;
 }
 
 // NOLINTBEGIN(bugprone-macro-parentheses): a name and a type

@@ -22,7 +22,7 @@ class PanelTest : public testing::Test {
     void SetUp() override {
         if (!server.IsRunning()) GTEST_SKIP() << "Xvfb is not installed";
         desktop = std::make_unique<test::Desktop>();
-        instance = std::make_unique<VstInstance>();
+        instance = std::make_unique<VstInstance>(48000.0f);
         parent = desktop->MakeWindow({0, 0, 1000, 700});
     }
     bool Open() {
@@ -37,10 +37,13 @@ class PanelTest : public testing::Test {
         }
         return until();
     }
-    // How many colours the panel's place on the screen shows.
-    std::size_t Colours() {
+    // Whether the panel is in its place on the screen: more colours than a plain surface has.
+    bool IsShown() {
         const auto words = desktop->Picture({0, 0, 855, 532});
-        return std::set<uint32_t>(words.begin(), words.end()).size();
+        return std::set<uint32_t>(words.begin(), words.end()).size() > 1000;
+    }
+    bool Show() {
+        return Open() && Idle([this] { return IsShown(); });
     }
 
     test::Server server{{"-screen", "0", "1024x768x24"}};
@@ -55,8 +58,7 @@ TEST_F(PanelTest, OpensInTheHostsWindowAndReportsEdits) {
     ASSERT_EQ(instance->Dispatch(vst::effEditGetRect, 0, 0, static_cast<void*>(&rect)), 1);
     EXPECT_EQ(rect->right, 855);
     EXPECT_EQ(rect->bottom, 532);
-    ASSERT_TRUE(Open());
-    EXPECT_TRUE(Idle([&] { return Colours() > 1000; }));
+    ASSERT_TRUE(Show());
 
     const float before = instance->Get(kHiCutCutoff);
     desktop->MoveMouse(kOnCutoff);
@@ -79,9 +81,7 @@ TEST_F(PanelTest, OpensInTheHostsWindowAndReportsEdits) {
 
 #ifndef NORAVA_SANITIZED
 TEST_F(PanelTest, IsNothingThatSoundWaitsFor) {
-    instance->Start(48000.0f);
-    ASSERT_TRUE(Open());
-    ASSERT_TRUE(Idle([&] { return Colours() > 1000; }));
+    ASSERT_TRUE(Show());
     std::vector<float> left(256), right(256);
     for (int block = 0; block < 50; ++block) {
         instance->Note(24 + block);
@@ -99,9 +99,7 @@ TEST_F(PanelTest, IsNothingThatSoundWaitsFor) {
 // Nothing else goes on, because every other word between the two threads would hide from the thread
 // checker that one of these is shared without care.
 TEST_F(PanelTest, MovesItsStringsWhileSoundIsMade) {
-    instance->Start(48000.0f);
-    ASSERT_TRUE(Open());
-    ASSERT_TRUE(Idle([&] { return Colours() > 1000; }));
+    ASSERT_TRUE(Show());
     const auto still = desktop->Picture({0, 0, 855, 532});
     std::atomic<bool> done = false;
     std::thread audio([&] {
@@ -129,19 +127,14 @@ TEST_F(PanelTest, PanelsOfSeveralInstancesKeepApart) {
             return condition();
         });
     };
-    ASSERT_TRUE(idleUntil([&] { return Colours() > 1000 && knob(0) == knob(540); }));
+    ASSERT_TRUE(idleUntil([&] { return IsShown() && knob(0) == knob(540); }));
     const auto before = knob(0);
     other.Set(kHiCutCutoff, 0.9f);
     EXPECT_TRUE(idleUntil([&] { return knob(540) != before; }));
     EXPECT_EQ(knob(0), before);
-    instance->Dispatch(vst::effEditClose);
-    other.Set(kHiCutCutoff, other.Get(kHiCutCutoff) - 0.5f);
-    const auto high = knob(540);
-    EXPECT_TRUE(idleUntil([&] { return knob(540) != high; })) << "the other one is closed";
 }
 
 TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
-    instance->Start(48000.0f);
     const auto brokenPipeHandler = [] {
         struct sigaction action;
         sigaction(SIGPIPE, nullptr, &action);

@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -22,6 +24,8 @@ namespace {
 
 using namespace param;
 
+using Message = VstInstance::Message;
+
 void ExpectQuiet(const CallReport& report, const char* what) {
     EXPECT_EQ(report.memoryCalls, 0) << what;
     EXPECT_EQ(report.lockCalls, 0) << what;
@@ -29,110 +33,91 @@ void ExpectQuiet(const CallReport& report, const char* what) {
 }
 
 TEST(CallWatch, SeesWhatItIsMadeFor) {
-    {
-        CallWatch watch;
-        // Volatile: a compiler may leave out memory that nobody uses.
-        int* volatile memory = new int(1);
-        delete memory;
-        EXPECT_EQ(watch.Stop().memoryCalls, 2);
-    }
-    {
-        std::mutex mutex;
-        CallWatch watch;
-        mutex.lock();
-        mutex.unlock();
-        const CallReport report = watch.Stop();
-        EXPECT_EQ(report.lockCalls, 1);
-        EXPECT_EQ(report.memoryCalls, 0);
-    }
-    {
-        CallWatch watch;
-        const pid_t parent = getppid();
-        const CallReport report = watch.Stop();
-        if (!report.systemCallsSeen) GTEST_SKIP() << "this kernel does not report system calls";
-        EXPECT_EQ(report.systemCalls, 1);
-        EXPECT_EQ(report.firstSystemCall, SYS_getppid);
-        EXPECT_EQ(parent, getppid());
-    }
-    {
-        // The module's calls too: making an instance takes memory. Loading the module first is the
-        // system's business.
-        VstModule::GetEntry();
-        CallWatch watch;
-        { VstInstance instance; }
-        EXPECT_GT(watch.Stop().memoryCalls, 10);
-    }
+    std::mutex mutex;
+    CallWatch watch;
+    // Volatile: a compiler may leave out memory that nobody uses.
+    int* volatile memory = new int(1);
+    delete memory;
+    mutex.lock();
+    mutex.unlock();
+    getppid();
+    const CallReport report = watch.Stop();
+    EXPECT_EQ(report.memoryCalls, 2);
+    EXPECT_EQ(report.lockCalls, 1);
+    if (!report.systemCallsSeen) GTEST_SKIP() << "this kernel does not report system calls";
+    EXPECT_EQ(report.systemCalls, 1);
 }
 
-// One host block: prepared events, parameter changes between blocks as automation makes them,
-// sound.
-class RealtimeHost {
-  public:
-    explicit RealtimeHost(float rate) { instance.Start(rate); }
+// One host block, as hosts of both kinds ask for it.
+CallReport Block(VstInstance& instance, int frames, const std::vector<Message>& messages = {}) {
+    std::vector<float> left(static_cast<std::size_t>(frames));
+    std::vector<float> right(left.size());
+    float* outputs[2] = {left.data(), right.data()};
+    instance.Prepare(messages);
+    CallWatch watch;
+    instance.Deliver();
+    instance.Process(left.data(), right.data(), frames);
+    instance.effect->process(instance.effect, nullptr, outputs, frames);
+    return watch.Stop();
+}
 
-    void Queue(int position, int status, int data1, int data2) {
-        vst::VstMidiEvent& event = records[static_cast<std::size_t>(numQueued)];
-        event = {};
-        event.type = vst::kVstMidiType;
-        event.deltaFrames = position;
-        event.midiData[0] = static_cast<unsigned char>(status);
-        event.midiData[1] = static_cast<unsigned char>(data1);
-        event.midiData[2] = static_cast<unsigned char>(data2);
-        list.events[numQueued++] = reinterpret_cast<vst::VstEvent*>(&event);
-    }
-    CallReport Block(int frames) {
-        list.numEvents = numQueued;
-        numQueued = 0;
-        CallWatch watch;
-        instance.effect->dispatcher(instance.effect, vst::effProcessEvents, 0, 0, &list, 0.0f);
-        instance.Process(left.data(), right.data(), frames);
-        float* outputs[2] = {left.data(), right.data()};
-        instance.effect->process(instance.effect, nullptr, outputs, frames);
-        return watch.Stop();
-    }
+Message Note(int note, int position = 0) {
+    return {position, {0x90, static_cast<unsigned char>(note), 100}};
+}
 
-    VstInstance instance;
+std::vector<Message> AllKeys() {
+    std::vector<Message> messages;
+    for (int note = 0; note < 128; ++note)
+        messages.push_back(Note(note, note / 2));
+    return messages;
+}
 
-  private:
-    static constexpr std::size_t kMost = 4096;
-    struct {
-        vst::i32 numEvents = 0;
-        vst::iptr reserved = 0;
-        vst::VstEvent* events[kMost];
-    } list;
-    std::vector<vst::VstMidiEvent> records = std::vector<vst::VstMidiEvent>(kMost);
-    int numQueued = 0;
-    std::vector<float> left = std::vector<float>(2048);
-    std::vector<float> right = std::vector<float>(2048);
-};
+void SwitchEverythingOn(VstInstance& instance) {
+    instance.SwitchEffectsOn();
+    for (int band = 0; band < kResonatorBands; ++band)
+        instance.Set(kResonatorOn + band, 1.0f);
+}
 
 TEST(ModuleRealtime, WaitsForNothingWhilePlaying) {
     for (const float rate : {44100.0f, 48000.0f, 192000.0f}) {
-        RealtimeHost host(rate);
-        ExpectQuiet(host.Block(64), "the first block");
-        for (const int switched : {kDelayOn, kChorusOn, kReverbOn})
-            host.instance.Set(switched, 1.0f);
-        ExpectQuiet(host.Block(64), "effects switched on");
-        for (int band = 0; band < kResonatorBands; ++band)
-            host.instance.Set(kResonatorOn + band, 1.0f);
-        ExpectQuiet(host.Block(0), "an empty block");
-        for (int note = 0; note < 128; ++note)
-            host.Queue(note / 2, 0x90, note, 100);
-        ExpectQuiet(host.Block(64), "all keys started");
-        for (int note = 0; note < 128; ++note)
-            host.Queue(63, 0x90, note, 100);
-        ExpectQuiet(host.Block(2048), "all keys started again");
-        for (int i = 0; i < 4096; ++i)
-            host.Queue(i % 64, 0x80 + 16 * (i % 7), i % 128, (i / 7) % 128);
-        ExpectQuiet(host.Block(64), "as many events as the pool holds, of every kind");
-        for (int i = 0; i < VstInstance::kParams; ++i)
-            host.instance.Set(i, 0.9f);
-        ExpectQuiet(host.Block(512), "every parameter changed");
-        host.Queue(0, 0xB0, 32, 1);
-        host.Queue(10, 0xC0, 5, 0);
-        ExpectQuiet(host.Block(512), "program change");
+        VstInstance instance(rate);
+        ExpectQuiet(Block(instance, 64), "the first block");
+        SwitchEverythingOn(instance);
+        ExpectQuiet(Block(instance, 0), "effects switched on in an empty block");
+        ExpectQuiet(Block(instance, 64, AllKeys()), "all keys started");
+        ExpectQuiet(Block(instance, 2048, AllKeys()), "all keys started again");
+        std::vector<Message> messages;
+        for (int i = 0; i < 4096; ++i) {
+            messages.push_back(
+                {i % 64,
+                 {static_cast<unsigned char>(0x80 + 16 * (i % 7)),
+                  static_cast<unsigned char>(i % 128), static_cast<unsigned char>(i / 7 % 128)}});
+        }
+        ExpectQuiet(Block(instance, 64, messages), "as many events as the pool holds");
+        const auto setAll = [&](float value) {
+            CallWatch watch;
+            for (int i = 0; i < VstInstance::kParams; ++i)
+                instance.Set(i, value);
+            ExpectQuiet(watch.Stop(), "parameters set from the audio thread");
+        };
+        setAll(0.9f);
+        ExpectQuiet(Block(instance, 512), "every parameter changed");
+        ExpectQuiet(Block(instance, 512, {{0, {0xB0, 32, 1}}, {10, {0xC0, 5, 0}}}),
+                    "program change");
         for (int block = 0; block < 200; ++block)
-            ExpectQuiet(host.Block(512), "keys dying away");
+            ExpectQuiet(Block(instance, 512), "keys dying away");
+
+        instance.LoadChunk(instance.Chunk());
+        ExpectQuiet(Block(instance, 512, AllKeys()), "a state loaded");
+        instance.Dispatch(vst::effMainsChanged, 0, 0);
+        instance.Dispatch(vst::effMainsChanged, 0, 1);
+        ExpectQuiet(Block(instance, 512), "resumed");
+        // Numbers that run away and the guard that silences them.
+        for (const float value : {1e30f, -1e30f}) {
+            setAll(value);
+            for (int block = 0; block < 20; ++block)
+                ExpectQuiet(Block(instance, 512, AllKeys()), "everything at its limits");
+        }
     }
 }
 
@@ -144,80 +129,83 @@ TEST(ModuleRealtime, TakesNoNewPagesWhilePlaying) {
         getrusage(RUSAGE_THREAD, &usage);
         return usage.ru_minflt;
     };
-    RealtimeHost host(96000.0f);
-    for (const int switched : {kDelayOn, kChorusOn, kReverbOn})
-        host.instance.Set(switched, 1.0f);
-    for (int band = 0; band < kResonatorBands; ++band)
-        host.instance.Set(kResonatorOn + band, 1.0f);
+    VstInstance instance(96000.0f);
+    SwitchEverythingOn(instance);
     // The first notes bring in the code that plays them.
-    host.Queue(0, 0x90, 60, 100);
-    host.Block(2048);
-    host.Queue(0, 0x90, 60, 100);
-    host.Block(2048);
+    Block(instance, 2048, {Note(60)});
+    Block(instance, 2048, {Note(60)});
     const long before = pagesTaken();
-    for (int block = 0; block < 120; ++block) {
-        host.Queue(0, 0x90, 24 + block % 84, 100);
-        host.Block(2048);
-    }
+    for (int block = 0; block < 120; ++block)
+        Block(instance, 2048, {Note(24 + block % 84)});
     constexpr long kOfTheMachinesOwn = 16;
     EXPECT_LE(pagesTaken() - before, kOfTheMachinesOwn) << "pages first touched while playing";
 }
 
-TEST(ModuleRealtime, WaitsForNothingWhenAutomated) {
-    VstInstance instance;
-    instance.Start(44100.0f);
-    CallWatch watch;
-    for (int i = 0; i < VstInstance::kParams; ++i)
-        instance.Set(i, 0.5f);
-    ExpectQuiet(watch.Stop(), "parameters set from the audio thread");
-}
-
-TEST(ModuleRealtime, WaitsForNothingAfterALoadedState) {
-    RealtimeHost host(44100.0f);
-    host.Queue(0, 0x90, 60, 100);
-    host.Block(512);
-    std::vector<char> chunk = host.instance.Chunk();
-    host.instance.LoadChunk(chunk);
-    ExpectQuiet(host.Block(512), "a state loaded");
-    host.instance.Dispatch(vst::effMainsChanged, 0, 0);
-    host.instance.Dispatch(vst::effMainsChanged, 0, 1);
-    ExpectQuiet(host.Block(512), "resumed");
-    // Numbers that run away and the guard that silences them.
-    for (const float value : {1e30f, -1e30f}) {
-        for (int i = 0; i < VstInstance::kParams; ++i)
-            host.instance.Set(i, value);
-        for (int note = 24; note < 108; ++note)
-            host.Queue(0, 0x90, note, 127);
-        for (int block = 0; block < 20; ++block)
-            ExpectQuiet(host.Block(512), "everything at its limits");
-    }
-}
-
 TEST(ModuleRealtime, WaitsForNothingWhileOthersLoadSaveAndLook) {
-    RealtimeHost host(48000.0f);
-    const std::vector<char> one = host.instance.Chunk();
-    host.instance.Set(kReverbOn, 1.0f);
-    std::vector<char> other = host.instance.Chunk();
+    VstInstance instance(48000.0f);
+    instance.forgetsReports = true;
+    const std::vector<char> one = instance.Chunk();
+    instance.Set(kReverbOn, 1.0f);
     std::atomic<bool> done = false;
     std::thread owner([&] {
+        std::vector<char> other = instance.Chunk();
         for (int i = 0; !done; ++i) {
-            std::array<char, 64> text;
-            host.instance.LoadChunk(i % 2 == 0 ? one : other);
-            host.instance.Dispatch(vst::effGetProgramName, 0, 0, text.data());
-            host.instance.Dispatch(vst::effGetParamDisplay, i % VstInstance::kParams, 0,
-                                   text.data());
-            other = host.instance.Chunk();
-            host.instance.automated.clear();
+            instance.LoadChunk(i % 2 == 0 ? one : other);
+            instance.ProgramName();
+            instance.Text(vst::effGetParamDisplay, i % VstInstance::kParams, 32);
+            other = instance.Chunk();
         }
     });
+    std::vector<Message> messages(129);
+    for (unsigned char controller = 0; controller < 128; ++controller)
+        messages[controller + 1u] = {7, {0xB0, controller, controller}};
     for (int block = 0; block < 400; ++block) {
-        host.Queue(0, 0x90, 24 + block % 84, 100);
-        for (int controller = 0; controller < 128; ++controller)
-            host.Queue(block % 32, 0xB0, controller, (block + controller) % 128);
-        ExpectQuiet(host.Block(128), "another thread loads, saves and shows");
+        messages[0] = Note(24 + block % 84);
+        ExpectQuiet(Block(instance, 128, messages), "another thread loads, saves and shows");
     }
     done = true;
     owner.join();
+}
+
+void WriteProgram(const std::string& path, const std::vector<char>& bytes) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path, std::ios::binary)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+TEST(ModulePrograms, ChangeWithoutWaitingWhileFilesComeAndGo) {
+    const std::vector<char> plain = VstInstance().Chunk();
+    const std::string root = UseProgramFolder("programs");
+    for (int i = 0; i < 20; ++i) {
+        for (const char* category : {"/Keys/", "/Pads/"})
+            WriteProgram(root + category + std::to_string(i) + ".norava", plain);
+    }
+    VstInstance instance(48000.0f);
+    EXPECT_EQ(instance.ProgramName(), "0") << "it starts with the first";
+    instance.forgetsReports = true;
+    std::atomic<bool> done = false;
+    std::thread files([&] {
+        for (int i = 0; !done; ++i) {
+            const std::string path = root + "/Pads/new " + std::to_string(i % 7) + ".norava";
+            WriteProgram(path, plain);
+            std::filesystem::rename(path, root + "/Keys/moved.norava");
+            std::filesystem::remove(root + "/Keys/moved.norava");
+            WriteProgram(root + "/A new one/first.norava", plain);
+            std::filesystem::rename(root + "/A new one", root + "/Renamed");
+            std::filesystem::remove_all(root + "/Renamed");
+        }
+    });
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    for (int i = 0; std::chrono::steady_clock::now() < end; ++i) {
+        const auto number = static_cast<unsigned char>(i % 20);
+        const auto category = static_cast<unsigned char>(i % 3);
+        ExpectQuiet(Block(instance, 256,
+                          {Note(60, 10), {64, {0xB0, 32, category}}, {128, {0xC0, number, 0}}}),
+                    "program changes while files come and go");
+    }
+    done = true;
+    files.join();
+    UseProgramFolder("empty");
 }
 
 }  // namespace

@@ -30,12 +30,10 @@ class Storm : public testing::Test {
         desktop = std::make_unique<test::Desktop>();
         root = UseProgramFolder("storm");
         for (std::size_t i = 0; i < instances.size(); ++i) {
-            instances[i] = std::make_unique<VstInstance>();
+            instances[i] =
+                std::make_unique<VstInstance>(44100.0f + 4000.0f * static_cast<float>(i));
             instances[i]->forgetsReports = true;
-            instances[i]->Start(44100.0f + 4000.0f * static_cast<float>(i));
-            const CRect place{0, 0, 855, 532};
-            parents[i] = desktop->MakeWindow(
-                {kPanelStep * static_cast<int>(i), 0, place.width, place.height});
+            parents[i] = desktop->MakeWindow({300 * static_cast<int>(i), 0, 855, 532});
         }
     }
     void TearDown() override {
@@ -61,9 +59,8 @@ class Storm : public testing::Test {
     }
     static void SaveAndLoad(VstInstance& instance, int i) {
         instance.LoadChunk(instance.Chunk());
-        std::array<char, 64> text;
-        instance.Dispatch(vst::effGetParamDisplay, i % VstInstance::kParams, 0, text.data());
-        instance.Dispatch(vst::effGetProgramName, 0, 0, text.data());
+        instance.Text(vst::effGetParamDisplay, i % VstInstance::kParams, 32);
+        instance.SetProgramName(instance.ProgramName() + std::to_string(i % 10));
     }
     void MoveFiles(int i) {
         const std::string category = root + "/Category " + std::to_string(i % 5);
@@ -91,7 +88,6 @@ class Storm : public testing::Test {
             instance->Dispatch(vst::effEditIdle);
     }
 
-    static constexpr int kPanelStep = 300;
     static constexpr xcb_keysym_t kEscape = 0xff1b;
 
     test::Server server{{"-screen", "0", "1280x768x24"}};

@@ -2,28 +2,23 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <memory>
+
+#include "files/scratch_folder.h"
+#include "parameters/parameter_index.h"
 
 namespace norava {
 
 std::string UseProgramFolder(const std::string& name) {
-    namespace fs = std::filesystem;
-    static const fs::path mine =
-        fs::temp_directory_path() / ("norava-host-tests-" + std::to_string(getpid()));
-    static const auto removeAtEnd = std::shared_ptr<void>(nullptr, [](void*) {
-        std::error_code ignored;
-        fs::remove_all(mine, ignored);
-    });
-    const fs::path root = mine / name / "Hollo-Vane" / "Shared Data" / "Norava";
-    fs::create_directories(root);
-    setenv("XDG_DATA_HOME", (mine / name).c_str(), 1);
+    static const test::ScratchFolder mine;
+    const std::filesystem::path root = mine / name / "Hollo-Vane/Shared Data/Norava";
+    std::filesystem::create_directories(root);
+    setenv("XDG_DATA_HOME", mine.Path(name).c_str(), 1);
     return root.string();
 }
 
@@ -38,14 +33,15 @@ VstModule::Entry VstModule::GetEntry() {
     return entry;
 }
 
-VstInstance::VstInstance() {
+VstInstance::VstInstance(float sampleRate) {
     const VstModule::Entry entry = VstModule::GetEntry();
     if (entry != nullptr) effect = entry(Callback);
     EXPECT_NE(effect, nullptr);
     effect->resvd1 = reinterpret_cast<vst::iptr>(this);
-    automated.reserve(
-        1 << 12);  // a host takes no memory while it is told inside its processing call
+    // A host takes no memory while it is told inside its processing call.
+    automated.reserve(1 << 12);
     Dispatch(vst::effOpen);
+    if (sampleRate > 0.0f) Start(sampleRate);
 }
 
 VstInstance::~VstInstance() {
@@ -58,10 +54,8 @@ vst::iptr VstInstance::Callback(vst::AEffect* effect, vst::i32 opcode, vst::i32 
         case vst::audioMasterVersion:
             return vst::kVstVersion;
         case vst::audioMasterGetVendorString:
-            std::strcpy(static_cast<char*>(ptr), "Test House");
-            return 1;
         case vst::audioMasterGetProductString:
-            std::strcpy(static_cast<char*>(ptr), "Test Host");
+            std::strcpy(static_cast<char*>(ptr), "Test");
             return 1;
         default:
             break;
@@ -91,16 +85,18 @@ void VstInstance::Start(float sampleRate) {
     Dispatch(vst::effMainsChanged, 0, 1);
 }
 
+void VstInstance::SwitchEffectsOn() {
+    for (const int switched : {param::kDelayOn, param::kChorusOn, param::kReverbOn})
+        Set(switched, 1.0f);
+}
+
 std::string VstInstance::Text(int opcode, int index, std::size_t capacity) {
-    std::array<char, 512> buffer;
-    buffer.fill('#');
+    std::string buffer(512, '#');
     Dispatch(opcode, index, 0, buffer.data());
-    const auto end = std::find(buffer.begin(), buffer.end(), '\0');
-    EXPECT_LT(static_cast<std::size_t>(end - buffer.begin()), capacity) << "opcode " << opcode;
-    for (std::size_t i = capacity; i < buffer.size(); ++i) {
-        if (buffer[i] != '#') ADD_FAILURE() << "opcode " << opcode << " wrote byte " << i;
-    }
-    return {buffer.begin(), end};
+    const std::size_t length = buffer.find('\0');
+    EXPECT_LT(length, capacity) << "opcode " << opcode;
+    EXPECT_EQ(buffer.find_first_not_of('#', capacity), std::string::npos) << "wrote byte";
+    return buffer.substr(0, length);
 }
 
 std::vector<char> VstInstance::Chunk() {
@@ -111,13 +107,13 @@ std::vector<char> VstInstance::Chunk() {
 }
 
 vst::iptr VstInstance::LoadChunk(const std::vector<char>& chunk) {
-    // A block of exactly that size, so that the address checker sees reads behind it.
-    const std::vector<char> exact(chunk.begin(), chunk.end());
+    // A copy of exactly that size, so that the address checker sees reads behind it.
+    const std::vector<char> exact(chunk);
     return Dispatch(vst::effSetChunk, 0, static_cast<vst::iptr>(exact.size()),
                     const_cast<char*>(exact.data()));
 }
 
-void VstInstance::Send(const std::vector<Message>& messages) {
+void VstInstance::Prepare(const std::vector<Message>& messages) {
     records.assign(messages.size(), {});
     eventList.assign(offsetof(vst::VstEvents, events) + messages.size() * sizeof(void*), 0);
     auto* const events = reinterpret_cast<vst::VstEvents*>(eventList.data());
@@ -130,7 +126,15 @@ void VstInstance::Send(const std::vector<Message>& messages) {
         std::copy_n(messages[i].bytes.begin(), 3, records[i].midiData);
         list[i] = reinterpret_cast<vst::VstEvent*>(&records[i]);
     }
-    EXPECT_EQ(Dispatch(vst::effProcessEvents, 0, 0, events), 1);
+}
+
+void VstInstance::Deliver() {
+    EXPECT_EQ(Dispatch(vst::effProcessEvents, 0, 0, eventList.data()), 1);
+}
+
+void VstInstance::Send(const std::vector<Message>& messages) {
+    Prepare(messages);
+    Deliver();
 }
 
 void VstInstance::Note(int note, int velocity, int position) {
@@ -153,23 +157,22 @@ VstInstance::Stereo VstInstance::Render(int frames, int blockSize) {
     return sound;
 }
 
-bool IsFinite(const std::vector<float>& samples) {
-    return std::all_of(samples.begin(), samples.end(), [](float x) { return std::isfinite(x); });
+VstInstance::Stereo& VstInstance::Stereo::operator+=(const Stereo& next) {
+    left.insert(left.end(), next.left.begin(), next.left.end());
+    right.insert(right.end(), next.right.begin(), next.right.end());
+    return *this;
 }
 
 bool IsFinite(const VstInstance::Stereo& sound) {
-    return IsFinite(sound.left) && IsFinite(sound.right);
+    const auto finite = [](float x) { return std::isfinite(x); };
+    return std::ranges::all_of(sound.left, finite) && std::ranges::all_of(sound.right, finite);
 }
 
-float Peak(const std::vector<float>& samples) {
+float Peak(const VstInstance::Stereo& sound) {
     float peak = 0.0f;
-    for (float x : samples)
-        peak = std::max(peak, std::abs(x));
+    for (std::size_t i = 0; i < sound.left.size(); ++i)
+        peak = std::max({peak, std::abs(sound.left[i]), std::abs(sound.right[i])});
     return peak;
-}
-
-bool SameBits(const std::vector<float>& a, const std::vector<float>& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
 }
 
 }  // namespace norava

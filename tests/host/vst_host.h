@@ -27,7 +27,7 @@ class VstInstance {
     static constexpr int kParams = 114;
     static constexpr int kChunkSize = 588;
 
-    VstInstance();
+    explicit VstInstance(float sampleRate = 0.0f);  // 0: not started yet
     ~VstInstance();
     VstInstance(const VstInstance&) = delete;
     VstInstance& operator=(const VstInstance&) = delete;
@@ -37,10 +37,13 @@ class VstInstance {
         return effect->dispatcher(effect, opcode, index, value, ptr, opt);
     }
     void Start(float sampleRate);  // rate, block size, resume
+    void SwitchEffectsOn();
 
     // The text that an opcode writes. Fails the test when it writes beyond `capacity` bytes or does
     // not terminate.
     std::string Text(int opcode, int index, std::size_t capacity);
+    void SetProgramName(std::string name) { Dispatch(vst::effSetProgramName, 0, 0, name.data()); }
+    std::string ProgramName() { return Text(vst::effGetProgramName, 0, 24); }
 
     void Set(int index, float value) { effect->setParameter(effect, index, value); }
     float Get(int index) { return effect->getParameter(effect, index); }
@@ -48,17 +51,20 @@ class VstInstance {
     std::vector<char> Chunk();
     vst::iptr LoadChunk(const std::vector<char>& chunk);
 
-    // Queues MIDI messages for the next block. Prepared records only are used: nothing is
-    // allocated.
+    // MIDI messages for the next block. Delivering them allocates nothing.
     struct Message {
         int position;
         std::array<unsigned char, 3> bytes;
     };
+    void Prepare(const std::vector<Message>& messages);
+    void Deliver();
     void Send(const std::vector<Message>& messages);
     void Note(int note, int velocity = 100, int position = 0);
 
     struct Stereo {
         std::vector<float> left, right;
+        bool operator==(const Stereo&) const = default;
+        Stereo& operator+=(const Stereo& next);
     };
     // Renders `frames` frames in blocks.
     Stereo Render(int frames, int blockSize = 512);
@@ -78,9 +84,7 @@ class VstInstance {
     std::vector<unsigned char> eventList;
 };
 
-bool IsFinite(const std::vector<float>& samples);
 bool IsFinite(const VstInstance::Stereo& sound);
-float Peak(const std::vector<float>& samples);
-bool SameBits(const std::vector<float>& a, const std::vector<float>& b);
+float Peak(const VstInstance::Stereo& sound);
 
 }  // namespace norava
