@@ -24,9 +24,9 @@ constexpr DelaySettings kDelay = {0.5f, 0.0f, 0.6f, 0.24f, 0.2f, 0.5f, 0.35f};
 enum Effects : unsigned { none = 0, resonator = 1, chorus = 2, reverb = 4, delay = 8, all = 15 };
 
 // The panel's default settings, the bands spread over the keyboard.
-template <class Bank, class Index>
+template <class Bank>
 void tuneBands(Bank& bank, bool on) {
-    for (Index band = 0; band < CResonator::kBands; ++band) {
+    for (long band = 0; band < CResonator::kBands; ++band) {
         bank.setBandFreq(band, 0.2f + 0.09f * static_cast<float>(band));
         bank.setBandFdbk(band, 0.9f);
         bank.setBandOn(band, on ? 1.0f : 0.0f);
@@ -36,7 +36,7 @@ void tuneBands(Bank& bank, bool on) {
 struct Product {
     explicit Product(unsigned effects) {
         chain.setSampleRate(kSampleRate);
-        tuneBands<CResonator, long>(chain.resonator(), (effects & resonator) != 0);
+        tuneBands(chain.resonator(), (effects & resonator) != 0);
         chain.chorus().setRate(0.5f);
         chain.chorus().setDelay(0.5f);
         chain.chorus().setWet(0.4f);
@@ -54,7 +54,7 @@ struct Product {
 struct PlainTwin {
     explicit PlainTwin(unsigned effects) {
         chain.setSampleRate(kSampleRate);
-        tuneBands<reference::Resonator, std::size_t>(chain.resonator, (effects & resonator) != 0);
+        tuneBands(chain.resonator, (effects & resonator) != 0);
         chain.setChorus(0.5f, 0.5f, 0.4f);
         chain.chorusOn = (effects & chorus) != 0;
         chain.reverbOn = (effects & reverb) != 0;

@@ -34,6 +34,10 @@ struct Reverb {
         }
     };
 
+    Reverb() {
+        for (int i = 0; i < kReverbParameters; ++i)
+            setParameter(i, kDefaultReverbProgram.values[static_cast<std::size_t>(i)]);
+    }
     void setSampleRate(float sampleRate) {
         rate = sampleRate;
         const ReverbLengths capacities = reverbLineCapacities(static_cast<int>(rate));
@@ -80,6 +84,7 @@ struct Reverb {
         l[3].step(l[2].allPass(z * c.decay, c.diffusion4, c.diffusion4));
     }
     void frame(float& left, float& right) {
+        if (changed) cook();
         const float inL = left * c.inputGain;
         const float inR = right * c.inputGain;
         const float m = (inL + inR) * 0.5f + 1e-30f;
@@ -130,20 +135,8 @@ struct Reverb {
         left = inL * c.dryGain + (oL + oR) + (oL - oR) * c.width;
         right = inR * c.dryGain + (oL + oR) - (oL - oR) * c.width;
     }
-    void process(float* left, float* right, long frames) {
-        if (changed) cook();
-        for (long i = 0; i < frames; ++i)
-            frame(left[i], right[i]);
-    }
-
     float rate = 0.0f;
-    ReverbValues values = [] {
-        ReverbValues v;
-        for (std::size_t i = 0; i < v.size(); ++i) {
-            v[i] = reverbValueOf(static_cast<ReverbParameter>(i), kDefaultReverbProgram.values[i]);
-        }
-        return v;
-    }();
+    ReverbValues values;
     ReverbCoefficients c;
     bool changed = true;
     int cookedRoom = 50;
