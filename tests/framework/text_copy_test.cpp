@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <clocale>
 #include <limits>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "framework/shared_text.h"
 
@@ -17,18 +20,13 @@ TEST(TextCopy, CutsAtCharacterBoundariesAndStaysInside) {
     const std::string text = "a\u00e9\u20ac\U0001F3B5z";
     const std::array<std::size_t, 12> expectedLengths = {0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 11};
     for (std::size_t capacity = 1; capacity <= expectedLengths.size(); ++capacity) {
-        std::array<char, 16> buffer;
-        buffer.fill('#');
-        const std::size_t length = CopyText(std::span(buffer).first(capacity), text);
-        EXPECT_EQ(length, expectedLengths[capacity - 1]) << capacity;
-        EXPECT_EQ(std::string(buffer.data()), text.substr(0, length));
-        for (std::size_t i = length + 1; i < buffer.size(); ++i)
-            EXPECT_EQ(buffer[i], '#') << "written beyond the terminator at " << i;
+        std::string buffer(16, '#');
+        const std::size_t length = expectedLengths[capacity - 1];
+        EXPECT_EQ(CopyText(std::span(buffer).first(capacity), text), length) << capacity;
+        EXPECT_EQ(buffer, text.substr(0, length) + '\0' + std::string(15 - length, '#'));
     }
     EXPECT_EQ(CopyText({}, text), 0u);
-}
-
-TEST(TextCopy, CutsBytesThatAreNoCharactersWhereTheyStand) {
+    // Bytes that are no characters are cut where they stand.
     std::array<char, 5> buffer;
     EXPECT_EQ(CopyText(buffer, "\x80\x80\x80\x80\x80\x80\x80"), 4u);
     EXPECT_EQ(CopyText(buffer, "\xff\xff\xff\xff\xff\xff\xff"), 4u);
@@ -62,10 +60,38 @@ TEST(SharedText, KeepsWhatFits) {
     EXPECT_EQ(text.Get(read), 8u);
     EXPECT_STREQ(read.data(), "a longer");
     EXPECT_EQ(text.Get(std::span(read).first(3)), 2u);
-    for (int i = 0; i < 100; ++i)
-        text.Set(std::to_string(i));
-    text.Get(read);
-    EXPECT_STREQ(read.data(), "99");
+}
+
+// Writers set texts of one repeated letter whose length belongs to the letter: any mixture of two
+// texts shows.
+std::string TextOf(int letter) {
+    return std::string(static_cast<std::size_t>(1 + letter * 31 % 250),
+                       static_cast<char>('a' + letter));
+}
+
+TEST(SharedText, IsNeverTornByManyWriters) {
+    // As few slots as work: each is written again while readers are still at it.
+    CSharedText<256, 5> text(TextOf(0));
+    std::atomic<int> numWriting = 3;
+    std::atomic<int> numTorn = 0;
+    std::vector<std::thread> threads;
+    for (int writer = 0; writer < 3; ++writer) {
+        threads.emplace_back([&, writer] {
+            for (int i = 0; i < 20000; ++i)
+                text.Set(TextOf((i * 7 + writer) % 26));
+            --numWriting;
+        });
+        threads.emplace_back([&] {
+            std::array<char, 256> read;
+            while (numWriting > 0) {
+                text.Get(read);
+                if (read.data() != TextOf(read[0] - 'a')) ++numTorn;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(numTorn, 0);
 }
 
 }  // namespace
