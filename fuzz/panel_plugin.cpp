@@ -6,7 +6,6 @@
 #include "check.h"
 #include "editor/built_in_pictures.h"
 #include "editor/norava_editor.h"
-#include "framework/text_copy.h"
 #include "parameters/parameter_index.h"
 #include "plugin/synth_link.h"
 #include "states.h"
@@ -67,9 +66,6 @@ PanelPlugin& PanelPlugin::Get() {
 }
 
 PanelPlugin::PanelPlugin() {
-    CopyText(pluginName, "Norava");
-    CopyText(vendorName, "Hollo-Vane");
-    CopyText(versionLabel, "1.1.5");
     numParams = kNumParameters;
     numParamsAutomable = kNumHostParameters;
     SetUIScalingFactor(1);
