@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "check.h"
 #include "framework/block_runner.h"
 #include "framework/plugin_editor_interface.h"
 #include "framework/plugin_renderer.h"

@@ -4,12 +4,8 @@
 
 #include <bit>
 #include <filesystem>
-#include <memory>
 #include <optional>
 
-#include "check.h"
-#include "framework/plugin_instance.h"
-#include "framework/plugin_renderer.h"
 #include "presets/program_file.h"
 #include "program_text/program_file.h"
 #include "render/bad_input.h"
@@ -43,33 +39,18 @@ void CheckBlock(std::span<const char> file, const std::optional<ProgramBlock>& b
     Require(block->bytes == expected, "the block is what the file holds");
 }
 
-class Instrument {
-  public:
-    Instrument() : renderer_(GetPluginInstance()->CreateRenderer()) {
-        renderer_->Reset(48000.0);
-        Restore();
-    }
-
-    void Load(const ProgramBlock& block) {
-        const std::span<const char> bytes(block.bytes.data(), static_cast<std::size_t>(block.size));
-        const bool taken = renderer_->LoadProgram(bytes.data(), block.size, "base");
-        Require(taken == IsStateBlock(bytes), "a state is taken, anything else refused");
-        StateBytes expected = StateAfter(base_, bytes);
-        // The program is called what its file is called.
-        constexpr auto kName = kStateSize - kStateNameSize;
-        std::copy(base_.begin() + kName, base_.end(), expected.begin() + kName);
-        StateBytes saved;
-        Require(renderer_->SaveState(saved.data()) == kStateSize, "a state has one size");
-        Require(saved == expected, "what was loaded is saved, and nothing else");
-        if (taken) Restore();
-    }
-
-  private:
-    void Restore() { Require(renderer_->LoadState(base_.data(), kStateSize), "the base is taken"); }
-
-    const std::unique_ptr<CPluginRenderer> renderer_;
-    const StateBytes base_ = BaseState();
-};
+void Load(const ProgramBlock& block) {
+    static BaseInstrument instrument;
+    const std::span<const char> bytes(block.bytes.data(), static_cast<std::size_t>(block.size));
+    const bool taken = instrument.synth.LoadProgram(bytes.data(), block.size, "base");
+    Require(taken == IsStateBlock(bytes), "a state is taken, anything else refused");
+    StateBytes expected = StateAfter(instrument.base, bytes);
+    // The program is called what its file is called.
+    std::copy(instrument.base.begin() + kValuesEnd, instrument.base.end(),
+              expected.begin() + kValuesEnd);
+    Require(instrument.Save() == expected, "what was loaded is saved, and nothing else");
+    if (taken) instrument.Restore();
+}
 
 // Only for files with a whole block: of shorter ones the tool makes less.
 void Compare(std::span<const char> file, const ProgramBlock& block) {
@@ -79,11 +60,9 @@ void Compare(std::span<const char> file, const ProgramBlock& block) {
     try {
         const Program program = ReadProgram(bytes, path);
         Require(isProgram, "the tool takes no other file");
-        StateBlock shorter{};
-        std::copy_n(block.bytes.begin(), kStateSize - kStateNameSize, shorter.begin());
-        StateBlock read = ToBlock(program);
-        std::fill(read.begin() + kStateSize - kStateNameSize, read.end(), '\0');
-        Require(read == shorter, "both readers find the same values");
+        const StateBlock read = ToBlock(program);
+        Require(std::equal(read.begin(), read.begin() + kValuesEnd, block.bytes.begin()),
+                "both readers find the same values");
     } catch (const BadInput&) {
         Require(!isProgram, "the tool takes what the library takes");
     }
@@ -94,13 +73,12 @@ void Compare(std::span<const char> file, const ProgramBlock& block) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace norava;
-    static fuzz::Instrument instrument;
     const std::span file(reinterpret_cast<const char*>(data), size);
     // The library reads no more of a file than it needs.
     const auto head = file.first(std::min<std::size_t>(size, kProgramHeadBytes));
     const std::optional<ProgramBlock> block = DecodeProgram(head, static_cast<long>(size));
     fuzz::CheckBlock(file, block);
-    if (block && fuzz::IsOneOf(fuzz::kLoaded, file)) instrument.Load(*block);
+    if (block && fuzz::IsOneOf(fuzz::kLoaded, file)) fuzz::Load(*block);
     if (size >= kProgramHeadBytes && fuzz::IsOneOf(fuzz::kCompared, file))
         fuzz::Compare(file, *block);
     return 0;

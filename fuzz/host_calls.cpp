@@ -5,12 +5,11 @@
 #include <atomic>
 #include <cmath>
 #include <cstring>
-#include <memory>
+#include <span>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "check.h"
 #include "host/vst/vst_interface.h"
 #include "input.h"
 #include "panel_plugin.h"
@@ -32,22 +31,24 @@ constexpr char kUntouched = '#';
 // A block's output, in memory of its size with words on both sides that nobody may write.
 class Channel {
   public:
-    explicit Channel(int frames)
-        : samples_(static_cast<std::size_t>(frames) + 2 * kGuards, kGuard) {}
+    Channel(int frames, float start)
+        : samples_(static_cast<std::size_t>(2 * kGuards + frames), kGuard) {
+        std::fill_n(Get(), frames, start);
+    }
     float* Get() { return samples_.data() + kGuards; }
-    void Clear() { std::fill(samples_.begin() + kGuards, samples_.end() - kGuards, 0.0f); }
     void Check(bool isWritten) const {
-        for (std::size_t i = 0; i < samples_.size(); ++i) {
-            const bool isGuard = i < kGuards || i >= samples_.size() - kGuards;
-            if (isGuard)
-                Require(samples_[i] == kGuard, "nothing is written outside the block");
-            else if (isWritten)
-                Require(std::fabs(samples_[i]) <= kLoudest, "the output is finite");
-        }
+        const std::span all(samples_);
+        const auto isUntouched = [](float x) { return x == kGuard; };
+        Require(std::ranges::all_of(all.first(kGuards), isUntouched) &&
+                    std::ranges::all_of(all.last(kGuards), isUntouched),
+                "nothing is written outside the block");
+        const auto isFinite = [](float x) { return std::fabs(x) <= kLoudest; };
+        Require(!isWritten || std::all_of(all.begin() + kGuards, all.end() - kGuards, isFinite),
+                "the output is finite");
     }
 
   private:
-    static constexpr std::ptrdiff_t kGuards = 8;
+    static constexpr int kGuards = 8;
     std::vector<float> samples_;
 };
 
@@ -103,46 +104,28 @@ class Host {
     }
 
     void Call() {
-        switch (input_.Below(20)) {
-            case 0:
-                return SetRate();
-            case 1:
-                Dispatch(vst::effSetBlockSize, 0, input_.Int());
-                return;
-            case 2:
-                // Suspends and resumes from the processing thread's point of view.
-                EndBeside();
-                Dispatch(vst::effMainsChanged, 0, input_.Flag());
-                return;
-            case 3:
-            case 4:
-            case 5:
-                return SendEvents();
-            case 6:
-            case 7:
-            case 8:
-            case 9:
-                return Process();
-            case 10:
-            case 11:
-                return effect_->setParameter(effect_, Parameter(), input_.Float());
-            case 12:
-                return AskForTexts(Parameter());
-            case 13:
-                return LoadChunk();
-            case 14:
-                return SetProgramName();
-            case 15:
-                return UseEditor();
-            case 16:
-                return TouchEditor();
-            case 17:
-                return DoBeside();
-            case 18:
-                return SetTime();
-            default:
-                return AskForSomething();
-        }
+        constexpr std::array kCalls = {
+            &Host::SetRate,     &Host::SetBlockSize,   &Host::SuspendOrResume,
+            &Host::SendEvents,  &Host::SendEvents,     &Host::SendEvents,
+            &Host::Process,     &Host::Process,        &Host::Process,
+            &Host::Process,     &Host::SetParameter,   &Host::SetParameter,
+            &Host::AskForTexts, &Host::LoadChunk,      &Host::SetProgramName,
+            &Host::UseEditor,   &Host::TouchEditor,    &Host::DoBeside,
+            &Host::SetTime,     &Host::AskForSomething};
+        (this->*kCalls[static_cast<std::size_t>(input_.Below(int{kCalls.size()}))])();
+    }
+
+    void SetBlockSize() { Dispatch(vst::effSetBlockSize, 0, input_.Int()); }
+
+    // From the processing thread's point of view.
+    void SuspendOrResume() {
+        EndBeside();
+        Dispatch(vst::effMainsChanged, 0, input_.Flag());
+    }
+
+    void SetParameter() {
+        const int index = Parameter();
+        effect_->setParameter(effect_, index, input_.Float());
     }
 
     int Parameter() {
@@ -195,13 +178,10 @@ class Host {
         frames = std::min(frames, kMostFrames - framesDone_);
         const int written = std::max(frames, 0);
         framesDone_ += written;
-        Channel left(written);
-        Channel right(written);
         const int form = input_.Below(8);
-        if (form == 0) {
-            left.Clear();
-            right.Clear();
-        }
+        const float start = form == 0 ? 0.0f : kGuard;
+        Channel left(written, start);
+        Channel right(written, start);
         float* outputs[] = {form == 1 ? nullptr : left.Get(), form == 2 ? nullptr : right.Get()};
         float** const given = form == 3 ? nullptr : outputs;
         const auto process = form == 0 ? effect_->process : effect_->processReplacing;
@@ -212,17 +192,15 @@ class Host {
 
     // The text that an opcode writes ends within the host's buffer, and nothing lies behind it.
     void CheckText(vst::i32 opcode, vst::i32 index, std::size_t capacity) {
-        std::array<char, 512> buffer;
-        buffer.fill(kUntouched);
+        std::string buffer(512, kUntouched);
         Dispatch(opcode, index, 0, buffer.data());
-        const auto end = std::ranges::find(buffer, '\0');
-        Require(end - buffer.begin() < static_cast<std::ptrdiff_t>(capacity), "a text fits");
-        Require(std::all_of(buffer.begin() + static_cast<std::ptrdiff_t>(capacity), buffer.end(),
-                            [](char c) { return c == kUntouched; }),
+        Require(buffer.find('\0') < capacity, "a text fits");
+        Require(buffer.find_first_not_of(kUntouched, capacity) == std::string::npos,
                 "nothing is written behind a text");
     }
 
-    void AskForTexts(int index) {
+    void AskForTexts() {
+        const int index = Parameter();
         for (const auto opcode :
              {vst::effGetParamName, vst::effGetParamLabel, vst::effGetParamDisplay})
             CheckText(opcode, index, vst::kParamTextCapacity);

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <vector>
 
-#include "check.h"
 #include "render/bad_input.h"
 #include "render/instrument.h"
 #include "render/midi_song.h"

@@ -3,13 +3,13 @@
 #include <array>
 #include <chrono>
 
-#include "check.h"
 #include "editor/built_in_pictures.h"
 #include "editor/norava_editor.h"
 #include "parameters/parameter_index.h"
 #include "plugin/synth_link.h"
 #include "states.h"
 #include "synth/norava_synth.h"
+#include "target.h"
 
 namespace norava::fuzz {
 

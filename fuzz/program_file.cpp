@@ -4,23 +4,17 @@
 #include "presets/program_file.h"
 
 #include <filesystem>
-#include <memory>
 #include <optional>
 
-#include "check.h"
 #include "files/scratch_folder.h"
-#include "framework/plugin_instance.h"
 #include "presets/preset_list.h"
 #include "program_text/program_file.h"
 #include "render/bad_input.h"
 #include "states.h"
-#include "synth/norava_synth.h"
 #include "target.h"
 
 namespace norava::fuzz {
 namespace {
-
-constexpr std::size_t kValuesEnd = kStateSize - kStateNameSize;
 
 StateBytes Named(StateBytes state, std::string_view name) {
     std::fill(state.begin() + kValuesEnd, state.end(), '\0');
@@ -28,12 +22,10 @@ StateBytes Named(StateBytes state, std::string_view name) {
     return state;
 }
 
-class Instrument {
+class Target : BaseInstrument {
   public:
-    Instrument() { synth_.Reset(48000.0); }
-
     void Run(std::span<const char> bytes) {
-        Require(synth_.LoadState(base_.data(), kStateSize), "the base is taken");
+        Restore();
         const std::string path = folder_.Write("given.norava", {bytes.data(), bytes.size()});
         const std::optional<ProgramBlock> block = ReadProgramFile(path);
         Require(block == DecodeProgram(bytes, static_cast<long>(bytes.size())),
@@ -42,7 +34,7 @@ class Instrument {
         Require(list_.LoadProgramFromFile(path.c_str()) == isProgram,
                 "a program is loaded, anything else refused");
         const StateBytes expected =
-            isProgram ? Named(StateAfter(base_, Used(*block)), "given") : base_;
+            isProgram ? Named(StateAfter(base, Used(*block)), "given") : base;
         Require(Save() == expected, "what was loaded is saved, and nothing else");
         if (isProgram) SaveAndReturn(expected);
         Convert(path, isProgram);
@@ -53,18 +45,12 @@ class Instrument {
         return std::span(block.bytes).first(static_cast<std::size_t>(block.size));
     }
 
-    StateBytes Save() {
-        StateBytes saved;
-        Require(synth_.SaveState(saved.data()) == kStateSize, "a state has one size");
-        return saved;
-    }
-
     void SaveAndReturn(const StateBytes& state) {
         const std::string path = folder_.Path("saved.norava");
         Require(list_.SaveProgramToFile(path.c_str()), "it can be saved");
         const std::string file = folder_.Read("saved.norava");
         Require(std::ranges::equal(file, state), "the file is the state");
-        Require(synth_.LoadState(base_.data(), kStateSize), "the base is taken");
+        Restore();
         Require(list_.LoadProgramFromFile(path.c_str()), "what was saved is loaded");
         Require(Save() == Named(state, "saved"), "saving and loading keep everything");
     }
@@ -88,16 +74,14 @@ class Instrument {
     }
 
     const test::ScratchFolder folder_;
-    CNoravaSynth synth_;
-    CPresetList& list_ = synth_.GetPresetList();
-    const StateBytes base_ = BaseState();
+    CPresetList& list_ = synth.GetPresetList();
 };
 
 }  // namespace
 }  // namespace norava::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static norava::fuzz::Instrument instrument;
-    instrument.Run({reinterpret_cast<const char*>(data), size});
+    static norava::fuzz::Target target;
+    target.Run({reinterpret_cast<const char*>(data), size});
     return 0;
 }

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "check.h"
 #include "program_text/program_file.h"
 #include "render/bad_input.h"
 #include "states.h"

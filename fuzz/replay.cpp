@@ -6,26 +6,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <vector>
 
 #include "target.h"
 
-namespace {
-
 namespace fs = std::filesystem;
 
-std::vector<fs::path> FilesOf(const fs::path& place) {
-    std::vector<fs::path> files;
-    if (fs::is_regular_file(place)) files.push_back(place);
-    if (fs::is_directory(place)) {
-        for (const auto& entry : fs::directory_iterator(place))
-            files.push_back(entry.path());
-    }
-    std::ranges::sort(files);
-    return files;
-}
-
-void Run(const fs::path& path) {
+static void Run(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     const std::vector<char> read{std::istreambuf_iterator<char>(file), {}};
     const std::vector<std::uint8_t> exact(read.begin(), read.end());
@@ -35,16 +23,13 @@ void Run(const fs::path& path) {
     LLVMFuzzerTestOneInput(exact.data(), exact.size());
 }
 
-}  // namespace
-
 int main(int argc, char** argv) {
-    int count = 0;
-    for (int i = 1; i < argc; ++i) {
-        for (const fs::path& path : FilesOf(argv[i])) {
-            Run(path);
-            ++count;
-        }
+    std::set<fs::path> files;
+    for (const fs::path place : std::vector<const char*>(argv + 1, argv + argc)) {
+        if (fs::is_regular_file(place)) files.insert(place);
+        if (fs::is_directory(place)) files.insert(fs::directory_iterator(place), {});
     }
-    std::printf("%d inputs\n", count);
-    return count > 0 ? 0 : 2;
+    std::ranges::for_each(files, Run);
+    std::printf("%zu inputs\n", files.size());
+    return files.empty() ? 2 : 0;
 }

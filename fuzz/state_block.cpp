@@ -6,7 +6,6 @@
 #include <cmath>
 #include <limits>
 
-#include "check.h"
 #include "host/vst/vst_interface.h"
 #include "states.h"
 #include "target.h"
@@ -18,7 +17,6 @@ namespace {
 
 constexpr unsigned kHandedOver = 32;  // one in so many
 constexpr unsigned kPlayed = 1024;
-constexpr int kNameOffset = kStateSize - kStateNameSize;
 constexpr int kFrames = 48;
 constexpr float kLoudest = 1.0e9f;  // the engine's own limit times the highest output level
 
@@ -27,7 +25,7 @@ class Host {
     Host() : effect_(VSTPluginMain(Callback)) {
         Require(effect_ != nullptr, "an instance is made");
         Dispatch(vst::effSetSampleRate, 0, nullptr, 48000.0f);
-        Restore();
+        Load(base_);
         Require(Save() == base_, "what is loaded is saved");
     }
 
@@ -40,7 +38,7 @@ class Host {
         const StateBytes saved = Save();
         Require(saved == StateAfter(base_, block), "what was loaded is saved, and nothing else");
         if (isState && IsOneOf(kPlayed, block)) Play();
-        if (isState) Restore();
+        if (isState) Load(base_);
     }
 
   private:
@@ -75,29 +73,20 @@ class Host {
                         const_cast<char*>(block.data()));
     }
 
-    void Restore() { Load(base_); }
-
     // From silence, as a host starts; a note in the middle.
     void Play() {
         Dispatch(vst::effMainsChanged, 0, nullptr);
         Dispatch(vst::effMainsChanged, 1, nullptr);
-        vst::VstMidiEvent note{};
-        note.type = vst::kVstMidiType;
-        note.deltaFrames = kFrames / 2;
-        note.midiData[0] = 0x90;
-        note.midiData[1] = 60;
-        note.midiData[2] = 100;
-        vst::VstEvents events{};
-        events.numEvents = 1;
-        events.events[0] = reinterpret_cast<vst::VstEvent*>(&note);
+        vst::VstMidiEvent note{vst::kVstMidiType,  0, kFrames / 2, 0, 0, 0,
+                               {0x90, 60, 100, 0}, 0, 0,           0, 0};
+        vst::VstEvents events{1, 0, {reinterpret_cast<vst::VstEvent*>(&note), nullptr}};
         Dispatch(vst::effProcessEvents, 0, &events);
-        std::array<float, kFrames> left;
-        std::array<float, kFrames> right;
-        left.fill(std::numeric_limits<float>::quiet_NaN());
-        right.fill(std::numeric_limits<float>::quiet_NaN());
-        float* outputs[] = {left.data(), right.data()};
+        std::array<std::array<float, kFrames>, 2> sound;
+        for (auto& channel : sound)
+            channel.fill(std::numeric_limits<float>::quiet_NaN());
+        float* outputs[] = {sound[0].data(), sound[1].data()};
         effect_->processReplacing(effect_, nullptr, outputs, kFrames);
-        for (const auto& channel : {left, right}) {
+        for (const auto& channel : sound) {
             for (const float sample : channel)
                 Require(std::fabs(sample) <= kLoudest, "the output is finite");
         }
@@ -122,12 +111,12 @@ void ReadAndWrite(std::span<const char> block) {
     written.fill('#');
     WriteStateBlock(state, written.data());
     StateBytes expected{};
-    std::copy_n(block.begin(), std::min<std::size_t>(block.size(), kNameOffset), expected.begin());
+    std::copy_n(block.begin(), std::min(block.size(), kValuesEnd), expected.begin());
     // A value of less than three bytes is none.
     if (values < kNumParameters) std::fill(expected.begin() + 4 + 4 * values, expected.end(), '\0');
     if (state.hasName) {
-        const auto name = block.subspan(kNameOffset, kStateNameSize - 1);
-        std::copy(name.begin(), std::ranges::find(name, '\0'), expected.begin() + kNameOffset);
+        const auto name = block.subspan(kValuesEnd, kStateNameSize - 1);
+        std::copy(name.begin(), std::ranges::find(name, '\0'), expected.begin() + kValuesEnd);
     }
     Require(written == expected, "what was read is written");
 }

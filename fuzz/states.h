@@ -8,13 +8,16 @@
 
 #include "framework/text_copy.h"
 #include "parameters/parameter_table.h"
+#include "synth/norava_synth.h"
 #include "synth/state_block.h"
+#include "target.h"
 
 // What targets that load states compare with.
 
 namespace norava::fuzz {
 
 using StateBytes = std::array<char, kStateSize>;
+inline constexpr std::size_t kValuesEnd = kStateSize - kStateNameSize;
 
 // Every parameter at its default, the program called "base".
 inline StateBytes BaseState() {
@@ -36,7 +39,6 @@ inline bool IsStateBlock(std::span<const char> block) {
 // What an instrument with the state `before` saves after it has loaded `block`: the values that are
 // there, three bytes being enough for the last one, and the name when all of it is there.
 inline StateBytes StateAfter(StateBytes before, std::span<const char> block) {
-    constexpr std::size_t kValuesEnd = kStateSize - kStateNameSize;
     if (!IsStateBlock(block)) return before;
     std::size_t end = std::min(block.size(), kValuesEnd);
     if (end % 4 == 3)
@@ -50,6 +52,24 @@ inline StateBytes StateAfter(StateBytes before, std::span<const char> block) {
     CopyText(name, {block.data() + kValuesEnd, kStateNameSize});
     return before;
 }
+
+// An instrument that holds the base state before each load.
+class BaseInstrument {
+  public:
+    BaseInstrument() {
+        synth.Reset(48000.0);
+        Restore();
+    }
+    void Restore() { Require(synth.LoadState(base.data(), kStateSize), "the base is taken"); }
+    StateBytes Save() {
+        StateBytes saved;
+        Require(synth.SaveState(saved.data()) == kStateSize, "a state has one size");
+        return saved;
+    }
+
+    CNoravaSynth synth;
+    const StateBytes base = BaseState();
+};
 
 // For what is done with one input in so many: chosen by its content, so that it happens again.
 inline bool IsOneOf(unsigned count, std::span<const char> input) {

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "check.h"
 #include "files/scratch_folder.h"
 #include "gui/image.h"
 #include "target.h"
@@ -69,10 +68,6 @@ Words WordsOf(CImage& image) {
     return {first, first + static_cast<std::ptrdiff_t>(size.cx) * size.cy};
 }
 
-bool SameSize(CSize a, CSize b) {
-    return a.cx == b.cx && a.cy == b.cy;
-}
-
 // The picture that is there before: a file of one opaque pixel.
 void LoadBase(CImage& image) {
     constexpr std::array<std::uint8_t, 21> kFile = {0, 0, 2, 0, 0, 0,  0, 0, 0, 0, 0,
@@ -86,7 +81,7 @@ void SaveAndLoad(const CImage& image, const Words& words) {
     Require(image.SaveAsTGA(path.c_str()), "it can be saved");
     CImage again;
     Require(again.LoadFromFile(path.c_str()), "what was saved is loaded");
-    Require(SameSize(again.GetSize(), image.GetSize()), "with its size");
+    Require(again.GetSize() == image.GetSize(), "with its size");
     Words swapped = words;
     for (std::uint32_t& word : swapped) {
         word = (word & 0xFF00FF00u) | (word >> 16 & 0xFFu) | (word & 0xFFu) << 16;
@@ -115,14 +110,14 @@ void Run(Bytes file) {
         return;
     }
     Require(!expected.words.empty(), "anything else is refused");
-    Require(SameSize(image.GetSize(), expected.size), "the size is the header's");
+    Require(image.GetSize() == expected.size, "the size is the header's");
     Require(image.GetHasAlpha() == expected.hasAlpha, "32 bits have coverage");
     Require(WordsOf(image) == expected.words, "the pixels are the file's");
     Draw(image);
     if ((file.size() & kFileBytesMask) == 0) SaveAndLoad(image, expected.words);
     for (const int scale : {2, 3}) {
         if (!image.AdoptScale(scale)) continue;
-        Require(SameSize(image.GetSize(), {expected.size.cx / scale, expected.size.cy / scale}),
+        Require(image.GetSize() == CSize(expected.size.cx / scale, expected.size.cy / scale),
                 "a picture of a scale is as much smaller");
         break;
     }
