@@ -37,7 +37,8 @@ using test::Block;
 using test::Eventually;
 using test::ProgramFolder;
 
-enum class Fault { killed, noSpace, ioError, interrupted };
+// `gone`: another process took an unfinished file for a leftover and removed it.
+enum class Fault { killed, noSpace, ioError, interrupted, gone };
 // Some file systems, those of other makers' disks among them, know neither files without a name nor
 // a renaming that replaces nothing.
 enum class System { full, plain };
@@ -68,7 +69,16 @@ bool IsUnknown(System system, const user_regs_struct& registers) {
 }
 
 long ErrorOf(Fault fault) {
-    return fault == Fault::noSpace ? -ENOSPC : fault == Fault::ioError ? -EIO : -EINTR;
+    switch (fault) {
+        case Fault::noSpace:
+            return -ENOSPC;
+        case Fault::ioError:
+            return -EIO;
+        case Fault::gone:
+            return -ENOENT;
+        default:
+            return -EINTR;
+    }
 }
 
 void SetRegister(pid_t child, std::size_t offset, long value) {
@@ -138,7 +148,7 @@ TEST_P(SavingFaults, LeaveOneOfTheTwoFilesAndNothingBesideIt) {
     const std::string after = Block(0.75f);
     for (const bool exists : {false, true}) {
         for (const Fault fault :
-             {Fault::killed, Fault::noSpace, Fault::ioError, Fault::interrupted}) {
+             {Fault::killed, Fault::noSpace, Fault::ioError, Fault::interrupted, Fault::gone}) {
             for (int call = 0;; ++call) {
                 const ProgramFolder folder;
                 fs::create_directories(folder.Path("A"));
