@@ -47,8 +47,9 @@ class Descriptor {
 };
 
 std::string FolderOf(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+    std::string folder = path.substr(0, path.rfind('/') + 1);
+    if (folder.empty()) folder = "./";
+    return folder;
 }
 
 // In the folder of `target`, under a name that file lists and people do not see.

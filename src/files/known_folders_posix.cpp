@@ -14,24 +14,24 @@ namespace norava::file_system {
 
 namespace {
 
-// An environment variable that names a folder from the root; anything else in it counts as unset.
-std::string FolderFromEnvironment(const char* variable) {
-    const char* const text = std::getenv(variable);
-    std::string folder = text != nullptr && *text == '/' ? text : "";
+// A folder that is named from the root; anything else counts as none.
+std::string WholePath(const char* text) {
+    std::string folder;
+    if (text != nullptr && *text == '/') folder = text;
     while (folder.size() > 1 && folder.ends_with('/'))
         folder.pop_back();
     return folder;
 }
 
 std::string HomeFolder() {
-    if (std::string home = FolderFromEnvironment("HOME"); !home.empty()) return home;
+    std::string home = WholePath(std::getenv("HOME"));
+    if (!home.empty()) return home;
     constexpr size_t kEnough = 16384;
     std::vector<char> memory(kEnough);
     passwd entry{};
     passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &entry, memory.data(), memory.size(), &found) != 0 || !found)
-        return {};
-    return found->pw_dir != nullptr && *found->pw_dir == '/' ? found->pw_dir : "";
+    (void)getpwuid_r(getuid(), &entry, memory.data(), memory.size(), &found);
+    return WholePath(found != nullptr ? found->pw_dir : nullptr);
 }
 
 }  // namespace
@@ -40,19 +40,22 @@ std::string UserContentFolder() {
 #ifdef __APPLE__
     constexpr std::string_view kBeneathHome = "/Documents";
 #else
-    if (std::string data = FolderFromEnvironment("XDG_DATA_HOME"); !data.empty()) return data;
+    std::string data = WholePath(std::getenv("XDG_DATA_HOME"));
+    if (!data.empty()) return data;
     constexpr std::string_view kBeneathHome = "/.local/share";
 #endif
-    const std::string home = HomeFolder();
-    return home.empty() ? home : home + std::string(kBeneathHome);
+    std::string folder = HomeFolder();
+    if (!folder.empty()) folder += kBeneathHome;
+    return folder;
 }
 
 std::string ModuleFolder() {
     Dl_info module{};
-    if (dladdr(reinterpret_cast<const void*>(&ModuleFolder), &module) == 0 || !module.dli_fname)
-        return {};
-    const std::string_view path = module.dli_fname;
-    return std::string(path.substr(0, path.rfind('/') == path.npos ? 0 : path.rfind('/')));
+    if (dladdr(reinterpret_cast<const void*>(&ModuleFolder), &module) == 0) return {};
+    std::string path = module.dli_fname;
+    const std::size_t slash = path.rfind('/');
+    path.resize(slash != path.npos ? slash : 0);
+    return path;
 }
 
 }  // namespace norava::file_system

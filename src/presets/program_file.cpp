@@ -1,6 +1,7 @@
 #include "presets/program_file.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 
 #include "files/file_system.h"
@@ -17,6 +18,10 @@ bool IsVstProgramWithChunk(std::span<const char> head) {
     return bytes.starts_with("CcnK") && bytes.substr(kKindOffset).starts_with("FPCh");
 }
 
+bool IsProgramFileSize(std::int64_t bytes) {
+    return bytes >= kMinProgramFileBytes && bytes <= kMaxProgramFileBytes;
+}
+
 std::string_view LastPart(std::string_view path) {
     return path.substr(path.rfind('/') + 1);
 }
@@ -24,7 +29,7 @@ std::string_view LastPart(std::string_view path) {
 }  // namespace
 
 std::optional<ProgramBlock> DecodeProgram(std::span<const char> head, long fileBytes) {
-    if (fileBytes < kMinProgramFileBytes || fileBytes > kMaxProgramFileBytes) return std::nullopt;
+    if (!IsProgramFileSize(fileBytes)) return std::nullopt;
     if (static_cast<long>(head.size()) < std::min<long>(fileBytes, kProgramHeadBytes))
         return std::nullopt;
     long size = fileBytes;
@@ -44,7 +49,7 @@ std::optional<ProgramBlock> ReadProgramFile(const std::string& path) {
         file_system::OpenForReading(path.c_str()), std::fclose);
     if (!file) return std::nullopt;
     const int64_t size = file_system::SizeOf(file.get());
-    if (size < kMinProgramFileBytes || size > kMaxProgramFileBytes) return std::nullopt;
+    if (!IsProgramFileSize(size)) return std::nullopt;
     std::array<char, kProgramHeadBytes> head;
     const auto wanted = std::min(head.size(), static_cast<std::size_t>(size));
     if (std::fread(head.data(), 1, wanted, file.get()) != wanted) return std::nullopt;

@@ -1,6 +1,6 @@
 #include "files/file_manager.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -244,6 +244,18 @@ TEST(ReplaceFile, FailingLeavesTheOldFileAlone) {
     EXPECT_TRUE(opened);
     EXPECT_FALSE(written) << "the closing flush must report a full disk";
     EXPECT_EQ(NamesIn(folder.Path()).size(), 2u);
+}
+
+TEST(PublishFolder, IsNotSweptAwayWhileItIsFilled) {
+    const ScratchFolder folder;
+    folder.Write(".norava-1-1.tmp", "of a process that was killed");
+    folder.Write(".norava-notes", "the user's own");
+    EXPECT_TRUE(file_system::PublishFolder(folder.Path("new").c_str(), [&](const char* unfinished) {
+        file_system::RemoveLeftovers(folder.Path().c_str());
+        return (std::ofstream(std::string(unfinished) + "/x") << "inside").good();
+    }));
+    EXPECT_THAT(NamesIn(folder.Path()), testing::UnorderedElementsAre("new", ".norava-notes"));
+    EXPECT_EQ(folder.Read("new/x"), "inside");
 }
 
 // Two instances that save the same program at once: one of the two wins whole.

@@ -15,15 +15,22 @@ using test::NameOf;
 using test::ProgramFolder;
 
 TEST(NaturalOrder, IsTheOneOfPeopleAndTheSameEverywhere) {
-    const std::vector<std::string> ordered = {
+    std::vector<std::string> ordered = {
         "",         "1",       "01a",  "2 b", "10 a",        "Bass",          "bass",     "Bass 2",
         "Bass 010", "Bass 11", "bell", "Z",   "\xC3\x84hre", "\xC3\xA4hre 2", "\xD0\x91", "\xFF"};
+    ordered.insert(ordered.end() - 1, {"🎸", "\xC3"});  // the last two are no characters
     for (std::size_t i = 0; i < ordered.size(); ++i) {
         for (std::size_t j = 0; j < ordered.size(); ++j) {
             const int order = CompareNaturally(ordered[i], ordered[j]);
             EXPECT_EQ((order > 0) - (order < 0), (i > j) - (i < j))
                 << '"' << ordered[i] << "\" and \"" << ordered[j] << '"';
         }
+    }
+    // A letter of each way in which small letters follow from capital ones.
+    const std::string capitals = "ØĀĹΩЯЁ", small = "øāĺωяё";
+    for (std::size_t i = 0; i < capitals.size(); i += 2) {
+        EXPECT_LT(CompareNaturally(capitals.substr(i, 2) + '1', small.substr(i, 2) + '2'), 0) << i;
+        EXPECT_GT(CompareNaturally(capitals.substr(i, 2) + '2', small.substr(i, 2) + '1'), 0) << i;
     }
 }
 
