@@ -41,8 +41,12 @@ struct CImage::Header {
     int idLength, colorMapType, imageType, width, height, depth;
 };
 
+bool CImage::CanKeepPath(const char* path) const {
+    return path != nullptr && std::strlen(path) < sizeof filePath;
+}
+
 bool CImage::Load(Source& source, const char* path) {
-    if (path == nullptr || std::strlen(path) >= sizeof filePath) return false;
+    if (!CanKeepPath(path)) return false;
     // What a cut header lacks counts as 0; without a depth it is refused below.
     uint8_t bytes[kHeaderBytes] = {};
     for (uint8_t& byte : bytes)
@@ -52,8 +56,7 @@ bool CImage::Load(Source& source, const char* path) {
     if (!header.IsUsable()) return false;
     const bool startsWhole = header.idLength == 0 || source.Read(idField, header.idLength);
 
-    Destroy();
-    if (!SetSize(CSize(header.width, header.height))) return false;
+    if (!Allocate(CSize(header.width, header.height), GetSclFactor())) return false;
     const int bytesPerPixel = header.depth / 8;
     SetHasAlpha(bytesPerPixel == 4);
     std::vector<uint8_t> row(static_cast<size_t>(header.width * bytesPerPixel));
@@ -99,15 +102,20 @@ bool CImage::LoadFromMemory(std::span<const uint8_t> file, const char* path) {
     return Load(source, path);
 }
 
+// Empty before, so that changing the scale allocates nothing.
+bool CImage::Allocate(CSize newSize, int scale) {
+    Destroy();
+    return SetSclFactor(scale) && SetSize(newSize);
+}
+
 bool CImage::LoadPacked(std::span<const uint8_t> packed, const char* path) {
-    if (path == nullptr || std::strlen(path) >= sizeof filePath) return false;
+    if (!CanKeepPath(path)) return false;
     const std::optional<PackedPicture> picture = ReadPackedHeader(packed);
     if (!picture) return false;
     const CSize stored = picture->GetStoredSize();
     if (stored.cy > kMaxPixels / stored.cx) return false;
     const auto count = static_cast<size_t>(stored.cx) * static_cast<size_t>(stored.cy);
-    Destroy();
-    if (!SetSclFactor(picture->scale) || !SetSize(picture->size)) return false;
+    if (!Allocate(picture->size, picture->scale)) return false;
     if (!UnpackPicture(packed, {GetDataAt(0, 0), count})) {
         Destroy();
         return false;
@@ -123,8 +131,7 @@ bool CImage::AdoptScale(int scale) {
     if (GetSclFactor() != 1 || stored.cx % scale != 0 || stored.cy % scale != 0) return false;
     const uint32_t* words = GetDataAt(0, 0);
     const std::vector<uint32_t> kept(words, words + static_cast<ptrdiff_t>(stored.cx) * stored.cy);
-    Destroy();
-    if (!SetSclFactor(scale) || !SetSize(CSize(stored.cx / scale, stored.cy / scale))) return false;
+    if (!Allocate(CSize(stored.cx / scale, stored.cy / scale), scale)) return false;
     std::ranges::copy(kept, GetDataAt(0, 0));
     SetHasDetail(true);
     return true;

@@ -49,7 +49,9 @@ class CImage : public CGraphicBuffer {
     struct Header;
     class Source;
 
+    [[nodiscard]] bool CanKeepPath(const char* path) const;
     [[nodiscard]] bool Load(Source& source, const char* path);
+    [[nodiscard]] bool Allocate(CSize newSize, int scale);
     void StoreRow(int row, const uint8_t* bytes, int bytesPerPixel);
 
     int id = -1;

@@ -75,7 +75,7 @@ void CVSTWrapper::close() {
     if (editor != nullptr) {
         editor->close();
         editor->GetPluginEditor().Connect(nullptr, nullptr);
-        if (renderer != nullptr) renderer->SetEditor(nullptr);
+        renderer->SetEditor(nullptr);
         editor.reset();
     }
     renderer.reset();
