@@ -8,7 +8,7 @@
 namespace norava::test {
 
 // A window that keeps the books of gestures: clicks and releases of a control must take turns, and
-// values come only in between. It may refuse or do anything in the middle.
+// values come only in between. It may refuse.
 class GestureWindow : public OffscreenWindow {
   public:
     using OffscreenWindow::OffscreenWindow;
@@ -17,19 +17,16 @@ class GestureWindow : public OffscreenWindow {
         if (refuse) return false;
         if (!open.insert(control).second) log.push_back("clicked twice");
         OffscreenWindow::ControlClicked(control);
-        if (act) act(control);
         return true;
     }
     bool ControlReleased(CControl* control) override {
         if (open.erase(control) == 0) log.push_back("released twice");
         OffscreenWindow::ControlReleased(control);
-        if (act) act(control);
         return true;
     }
     bool ControlValueChanged(CControl* control, float value) override {
         values.push_back(value);
         if (!silent) OffscreenWindow::ControlValueChanged(control, value);
-        if (act) act(control);
         return !refuseValues;
     }
     bool GetParamText(CControl* control, char* text) override {
@@ -49,7 +46,6 @@ class GestureWindow : public OffscreenWindow {
 
     std::set<CControl*> open;
     std::vector<float> values;
-    std::function<void(CControl*)> act;
     bool refuse = false;
     bool refuseValues = false;
     bool silent = false;  // value changes stay out of the log

@@ -4,35 +4,230 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
+#include <string>
 #include <vector>
 
+#include "gui/pictures.h"
 #include "gui/pixel_rows.h"
-#include "gui/plain_raster.h"
 
-// What neither the reference pictures nor the properties of all drawings (raster_properties_test)
-// show: words that are no picture, numbers out of range, and the fast rows against plain formulas.
+// What the raster draws: reference pictures, what must hold for every drawing, and what neither
+// shows.
 namespace norava {
 namespace {
 
 constexpr int kMax = std::numeric_limits<int>::max();
 constexpr int kMin = std::numeric_limits<int>::min();
-using Levels = std::vector<int>;
 
-class Canvas : public CGraphicBuffer {
-  public:
-    Canvas(int width, int height, CColor background = CColor(0), int scale = 1)
-        : CGraphicBuffer(scale) {
-        SetSize(CSize(width, height));
-        Clear(background);
+// Looked at once and compared to the bit ever since.
+class ReferencePicture : public testing::TestWithParam<int> {
+  protected:
+    void ExpectLooks(const std::string& subject) {
+        test::ExpectLooksLike(canvas, subject + "_scale" + std::to_string(GetParam()));
     }
-    // Red channels of a row.
-    [[nodiscard]] Levels Row(int y) const {
-        Levels values;
-        for (int x = 0; x < GetSize().cx; ++x)
-            values.push_back(GetColorAt(x, y).red);
-        return values;
+    CGraphicBuffer canvas{GetParam()};
+};
+INSTANTIATE_TEST_SUITE_P(Scales, ReferencePicture, testing::Values(1, 2));
+
+TEST_P(ReferencePicture, Shapes) {
+    canvas.SetSize(CSize(160, 120));
+    canvas.Clear(CColor(52, 49, 47));
+    canvas.FillRectGradVert(CRect(4, 4, 48, 30), CColor(243, 223, 180), CColor(124, 102, 66));
+    canvas.FillRect(CRect(56, 4, 48, 30), CColor(255, 0, 0), CColor(0, 255, 0), CColor(0, 0, 255),
+                    CColor(255, 255, 0, 0));
+    canvas.FillRectGradHorz(CRect(108, 4, 48, 30), CColor(255, 154, 44), CColor(255, 154, 44, 0));
+
+    CColor sheet(230);
+    canvas.FillRect(CRect(4, 38, 48, 36), &sheet);
+    canvas.DrawShadow(CRect(4, 38, 48, 36));
+
+    canvas.SetFillColor(CColor(25, 28, 36));
+    canvas.DrawRectWithRoundCorner(CRect(56, 38, 48, 17), true, 3, 3);
+    canvas.SetLineColor(CColor(218, 195, 150, 190));
+    canvas.SetLineWidth(1);
+    canvas.DrawRectWithRoundCorner(CRect(56, 38, 48, 17), false, 3, 3);
+    canvas.SetFillColor(CColor(255, 217, 204, 128));
+    canvas.DrawRectWithRoundCorner(CRect(56, 58, 47, 15), true, 99, 99);
+    canvas.SetLineWidth(3);
+    canvas.DrawRectWithRoundCorner(CRect(108, 38, 48, 35), false, 16, 8);
+
+    canvas.SetLineColor(CColor(246, 234, 211));
+    for (int i = 0; i < 8; ++i) {
+        canvas.SetLineWidth(1 + i / 2);
+        canvas.DrawLine(CPointF(6, 80), CPointF(static_cast<float>(10 + i * 20), 116));
+    }
+    canvas.SetLineWidth(2);
+    canvas.DrawRect(CRect(130, 80, 26, 20));
+    ExpectLooks("shapes");
+}
+
+TEST_P(ReferencePicture, Letters) {
+    canvas.SetSize(CSize(216, 104));
+    canvas.Clear(CColor(27, 26, 30));
+    canvas.SetTextColor(CColor(246, 234, 211));
+    for (const bool bold : {false, true}) {
+        bold ? canvas.SetFontBold() : canvas.SetFontNormal();
+        for (int line = 0; line < 4; ++line) {
+            std::string letters;
+            for (int i = 0; i < 24; ++i)
+                letters += static_cast<char>('!' + line * 24 + i);
+            if (line == 3) letters.resize(22);
+            canvas.DrawText(letters.c_str(), CRect(3, (bold ? 52 : 0) + line * 13, 0, 13), false);
+        }
+    }
+    ExpectLooks("letters");
+}
+
+// A buffer full of noise that the seed decides.
+void FillWithNoise(CGraphicBuffer& buffer, uint32_t seed) {
+    uint32_t state = seed * 2654435761u + 1u;
+    for (int y = 0; y < buffer.GetSize().cy; ++y) {
+        for (int x = 0; x < buffer.GetSize().cx; ++x) {
+            state ^= state << 13;
+            state ^= state >> 17;
+            state ^= state << 5;
+            // Every third pixel opaque or empty: the cases that are treated apart.
+            const uint32_t alpha = state % 6 == 0 ? 0xFFu : state % 6 == 3 ? 0u : state >> 24;
+            buffer.SetPixelAt(buffer.GetDataAt(x, y), (state & 0x00FFFFFFu) | alpha << 24);
+        }
+    }
+}
+
+enum Kind { fill, frame, pixel, line, basicLine, shadow, copy, letters, disc, ring, gradient };
+
+// Made by chance, with coordinates round the canvas, now and then far outside of every range.
+class Drawing {
+  public:
+    Drawing(uint32_t seed, const std::vector<Kind>& kinds)
+        : engine(seed), kind(kinds[static_cast<size_t>(Number(0, int(kinds.size()) - 1))]) {
+        picture.SetSize(CSize(40, 30));
+        FillWithNoise(picture, seed);
+        picture.SetHasAlpha(seed % 2 == 0);
+        for (int i = Number(0, 12); i > 0; --i)
+            text += static_cast<char>(Number(1, 255));
+    }
+    int Number(int low, int high) { return std::uniform_int_distribution<>(low, high)(engine); }
+
+    void Draw(CGraphicBuffer& canvas) const {
+        canvas.SetFillColor(color);
+        canvas.SetLineColor(color);
+        canvas.SetTextColor(color);
+        canvas.SetLineWidth(width);
+        if (align == 1) canvas.SetTextAlignCenter();
+        if (align == 2) canvas.SetTextAlignRight();
+        alpha % 2 == 0 ? canvas.SetFontBold() : canvas.SetFontNormal();
+        switch (kind) {
+            case fill:
+                return canvas.FillRect(rect);
+            case frame:
+                return canvas.DrawRect(rect);
+            case pixel:
+                return canvas.SetColorAt(from.x, from.y, color);
+            case line:
+                return canvas.DrawLine(from, to);
+            case basicLine:
+                return canvas.DrawBasicLine(from.x + 0.3, from.y - 0.7, to.x, to.y * 0.9, color);
+            case shadow:
+                return canvas.DrawShadow(rect);
+            case copy:
+                return canvas.DrawImage(&picture, rect, from, alpha);
+            case letters:
+                return static_cast<void>(canvas.DrawText(text.c_str(), rect, false));
+            case disc:
+            case ring:
+                return canvas.DrawRectWithRoundCorner(rect, kind == disc, radius, radius / 2.0f);
+            case gradient:
+                return canvas.FillRect(rect, color, second, CColor(200, alpha), CColor(alpha));
+        }
+    }
+
+  private:
+    int Coordinate() {
+        constexpr int kExtremes[] = {kMin,   kMin + 1, kMax,    kMax - 1,
+                                     -40000, 40000,    1 << 30, -(1 << 30)};
+        return Number(0, 12) == 0 ? kExtremes[Number(0, 7)] : Number(-20, 80);
+    }
+    CColor Color() {
+        const int opacity = Number(0, 2) == 0 ? 255 : Number(0, 255);
+        return {Number(0, 255), Number(0, 255), Number(0, 255), opacity};
+    }
+
+    std::mt19937 engine;
+    const Kind kind;
+    const CRect rect{Coordinate(), Coordinate(), Coordinate(), Coordinate()};
+    const CPoint from{Coordinate(), Coordinate()}, to{Coordinate(), Coordinate()};
+    const CColor color = Color(), second = Color();
+    const uint8_t alpha = static_cast<uint8_t>(Number(0, 255));
+    const int width = Number(1, 40), align = Number(0, 2);
+    const float radius = static_cast<float>(Number(-1, 30));
+    std::string text;
+    CGraphicBuffer picture;
+};
+
+constexpr CSize kCanvasSize(61, 47);
+
+struct NoisyCanvas : CGraphicBuffer {
+    NoisyCanvas(int scale, uint32_t seed) : CGraphicBuffer(scale) {
+        SetSize(kCanvasSize);
+        FillWithNoise(*this, seed);
     }
 };
+
+class RasterProperty : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(Scales, RasterProperty, testing::Range(1, 5));
+
+TEST_P(RasterProperty, NothingLeavesTheClip) {
+    for (uint32_t seed = 0; seed < 600 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Drawing drawing(seed, {fill, frame, pixel, line, basicLine, shadow, copy, letters, disc,
+                               ring, gradient});
+        NoisyCanvas canvas(GetParam(), seed);
+        const NoisyCanvas untouched(GetParam(), seed);
+        const CRect clip(drawing.Number(0, 60), drawing.Number(0, 46), drawing.Number(1, 40),
+                         drawing.Number(1, 40));
+        ASSERT_TRUE(canvas.SetClipRect(clip));
+        drawing.Draw(canvas);
+        // Put the inside back; then nothing may differ.
+        canvas.SetClipRect();
+        canvas.DrawImage(&untouched, clip, clip.GetLeftTop());
+        test::ExpectSamePixels(canvas, untouched);
+    }
+}
+
+// All but lines, which are left out where they end beside the clip, and gradients, which begin
+// where it does.
+TEST_P(RasterProperty, TwoClippedHalvesAreOneDrawing) {
+    for (uint32_t seed = 10000; seed < 10600 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        Drawing drawing(seed, {fill, frame, copy, letters, disc, ring});
+        NoisyCanvas whole(GetParam(), seed), halves(GetParam(), seed);
+        drawing.Draw(whole);
+        const bool upright = drawing.Number(0, 1) == 0;
+        const int cut = drawing.Number(1, upright ? 60 : 46);
+        for (const CRect half : {upright ? CRect(0, 0, cut, 47) : CRect(0, 0, 61, cut),
+                                 upright ? CRect(cut, 0, 61, 47) : CRect(0, cut, 61, 47)}) {
+            ASSERT_TRUE(halves.SetClipRect(half));
+            drawing.Draw(halves);
+        }
+        test::ExpectSamePixels(whole, halves);
+    }
+}
+
+// All but gradients, letters and round corners, which use the finer grid, draw the picture of scale
+// 1 enlarged.
+TEST_P(RasterProperty, ScalesPixelByPixel) {
+    for (uint32_t seed = 20000; seed < 20200 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        const Drawing drawing(seed, {fill, frame, pixel, line, basicLine, shadow, copy});
+        NoisyCanvas small(1, seed), large(GetParam(), seed);
+        drawing.Draw(small);
+        drawing.Draw(large);
+        CGraphicBuffer enlarged(GetParam());
+        enlarged.SetSize(kCanvasSize);
+        enlarged.DrawImage(&small, CRect({0, 0}, kCanvasSize), {0, 0});
+        test::ExpectSamePixels(large, enlarged);
+    }
+}
 
 TEST(GraphicBuffer, IsEmptyUntilItHasASize) {
     CGraphicBuffer buffer;
@@ -40,9 +235,7 @@ TEST(GraphicBuffer, IsEmptyUntilItHasASize) {
     buffer.FillRect(CRect(0, 0, 5, 5));
     buffer.DrawShadow(CRect(0, 0, 50, 50));
     buffer.DrawRectWithRoundCorner(CRect(0, 0, 50, 50), true, 3, 3);
-    buffer.Present(nullptr, CRect(0, 0, 1, 1), {});
     EXPECT_EQ(buffer.DrawText("text", CRect(0, 0, 50, 50), true), CSize(0, 0));
-    EXPECT_EQ(buffer.GetColorAt(0, 0), CColor(0, 0));
     EXPECT_EQ(buffer.GetDataAt(0, 0), nullptr);
     for (const CSize size : {CSize(0, 5), CSize(5, -1), CSize(kMin, kMin)}) {
         EXPECT_TRUE(buffer.SetSize(size));
@@ -52,10 +245,14 @@ TEST(GraphicBuffer, IsEmptyUntilItHasASize) {
     EXPECT_FALSE(CGraphicBuffer(4).SetSize(CSize(1 << 13, 1 << 13)));
     ASSERT_TRUE(buffer.SetSize(CSize(3, 2)));
     EXPECT_EQ(buffer.GetColorAt(2, 1), CColor(0, 0)) << "a fresh store is transparent";
-    buffer.Clear(CColor(9));
-    ASSERT_TRUE(buffer.SetSize(CSize(3, 2)));
-    EXPECT_EQ(buffer.GetColorAt(2, 1), CColor(9)) << "the same size keeps the pixels";
 }
+
+struct Canvas : CGraphicBuffer {
+    Canvas(int width, int height, CColor background, int scale = 1) : CGraphicBuffer(scale) {
+        SetSize(CSize(width, height));
+        Clear(background);
+    }
+};
 
 TEST(GraphicBuffer, WritesOnlyItsOwnBlocks) {
     Canvas canvas(3, 2, CColor(0), 2);
@@ -75,128 +272,90 @@ TEST(GraphicBuffer, WritesOnlyItsOwnBlocks) {
             EXPECT_EQ(store[row * 6 + column], inked ? 0xFF0000FEu : 0xFF000000u);
         }
     }
-    EXPECT_EQ(canvas.GetDataAt(1, 1), store + 14);
 }
 
 TEST(GraphicBuffer, KeepsAlphaWhereItBlends) {
-    Canvas canvas(4, 2, CColor(100, 100, 100, 33));
+    Canvas canvas(4, 1, CColor(100, 100, 100, 33)), picture(4, 1, CColor(200, 128));
+    canvas.SetFillColor(CColor(200, 0));
+    canvas.FillRect(CRect(0, 0, 1, 1));
+    EXPECT_EQ(canvas.GetColorAt(0, 0).red, 100) << "alpha 0 does not even darken";
     canvas.SetFillColor(CColor(200, 150));
-    canvas.FillRect(CRect(0, 0, 2, 1));
-    EXPECT_EQ(canvas.GetColorAt(1, 0), CColor((200 * 150 + 100 * 105) >> 8, 33));
-    CColor none(255, 0);
-    canvas.FillRect(CRect(2, 0, 1, 1), &none);
-    EXPECT_EQ(canvas.GetColorAt(2, 0).red, 100) << "alpha 0 does not even darken";
-    CColor opaque(255, 255);
-    canvas.FillRect(CRect(3, 0, 1, 1), &opaque);
-    EXPECT_EQ(canvas.GetColorAt(3, 0).alpha, 255) << "an opaque fill stores the whole word";
-
-    Canvas picture(1, 1, CColor(200, 0));
-    canvas.DrawImage(&picture, CRect(0, 1, 1, 1), {0, 0});
-    EXPECT_EQ(canvas.GetColorAt(0, 1), CColor(200, 0)) << "without the flag words are copied whole";
+    canvas.FillRect(CRect(0, 0, 1, 1));
+    EXPECT_EQ(canvas.GetColorAt(0, 0), CColor((200 * 150 + 100 * 105) >> 8, 33));
+    canvas.DrawImage(&picture, CRect(1, 0, 1, 1), {0, 0});
+    EXPECT_EQ(canvas.GetColorAt(1, 0), CColor(200, 128)) << "without the flag words are copied";
     picture.SetHasAlpha(true);
-    picture.Clear(CColor(200, 128));
-    canvas.DrawImage(&picture, CRect(1, 1, 1, 1), {0, 0});
-    EXPECT_EQ(canvas.GetColorAt(1, 1), CColor((200 * 128 + 100 * 127) >> 8, 33));
-    canvas.DrawImage(nullptr, CRect(0, 0, 4, 1), {0, 0});
+    canvas.DrawImage(nullptr, CRect(2, 0, 1, 1), {0, 0});
     for (const float alpha : {0.0f, -3.0f, 0.0039f, std::nanf("")})
-        canvas.DrawImage(&picture, CRect(2, 1, 1, 1), {0, 0}, alpha);
-    EXPECT_EQ(canvas.GetColorAt(2, 1).red, 100);
-}
-
-TEST(GraphicBuffer, CutsACopyOnBothSides) {
-    Canvas picture(6, 1);
-    for (int x = 0; x < 6; ++x)
-        picture.SetPixelAt(picture.GetDataAt(x, 0), CColor(x + 1).GetWord());
-    const auto copied = [&](CRect to, CPoint from, CRect clip = CRect(0, 0, 8, 1)) {
-        Canvas canvas(8, 1);
-        canvas.SetClipRect(clip);
-        canvas.DrawImage(&picture, to, from);
-        return canvas.Row(0);
-    };
-    EXPECT_EQ(copied({-2, 0, 4, 1}, {0, 0}), Levels({3, 4, 0, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(copied({0, 0, 8, 1}, {0, 0}, {3, 0, 2, 1}), Levels({0, 0, 0, 4, 5, 0, 0, 0}));
-    EXPECT_EQ(copied({4, 0, 9, 1}, {4, 0}), Levels({0, 0, 0, 0, 5, 6, 0, 0}));
-    EXPECT_EQ(copied({2, 0, 4, 1}, {-1, 0}), Levels({0, 0, 1, 2, 3, 0, 0, 0}))
-        << "a cut at the picture's left shortens without moving";
-}
-
-TEST(GraphicBuffer, CopiesWithinItselfInReadingOrder) {
-    Canvas canvas(5, 1);
-    for (int x = 0; x < 5; ++x)
-        canvas.SetPixelAt(canvas.GetDataAt(x, 0), CColor(x + 1).GetWord());
-    canvas.DrawImage(&canvas, CRect(0, 0, 4, 1), {1, 0});
-    EXPECT_EQ(canvas.Row(0), Levels({2, 3, 4, 5, 5})) << "to the left: a move";
-    canvas.DrawImage(&canvas, CRect(1, 0, 4, 1), {0, 0});
-    EXPECT_EQ(canvas.Row(0), Levels({2, 2, 2, 2, 2})) << "to the right: what was just written";
+        canvas.DrawImage(&picture, CRect(2, 0, 1, 1), {0, 0}, alpha);
+    EXPECT_EQ(canvas.GetColorAt(2, 0).red, 100);
+    canvas.DrawImage(&picture, CRect(2, 0, 1, 1), {0, 0});
+    EXPECT_EQ(canvas.GetColorAt(2, 0), CColor((200 * 128 + 100 * 127) >> 8, 33));
+    // What the picture's own left edge cuts off shortens a copy without moving it.
+    canvas.DrawImage(&picture, CRect(2, 0, 2, 1), {-1, 0});
+    EXPECT_EQ(canvas.GetColorAt(3, 0).red, 100);
 }
 
 // A stroke that comes from far away must not take longer for it, and keeps to its fixed-point path.
 TEST(GraphicBuffer, DrawsLinesFromAnywhere) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     Canvas canvas(30, 30, CColor(200));
-    canvas.DrawBasicLine(10, 10, 10, 10, CColor(0));
+    const auto row = [&](int y, int least, int most) {
+        for (int x = 0; x < 30; ++x)
+            if (const int level = canvas.GetColorAt(x, y).red; level < least || level > most)
+                return false;
+        return true;
+    };
+    canvas.DrawBasicLine(10, 7, 10, 7, CColor(0));
     canvas.DrawBasicLine(-9, 5, -0.5, 25, CColor(0));
     canvas.DrawBasicLine(29.5, 5, 40, 25, CColor(0));
     canvas.DrawLine(CPointF(kInfinity, 0), CPointF(0, kInfinity));
     canvas.DrawLine(CPointF(0, 0), CPointF(kInfinity, std::nanf("")));
     canvas.DrawLine(CPointF(-3e38f, 7), CPointF(3e38f, 7));
-    EXPECT_EQ(canvas.Row(7), Levels(30, 200)) << "no length, or no place";
+    EXPECT_TRUE(row(7, 200, 200)) << "no length, or no place";
     canvas.DrawLine(CPoint(-1000000000, 7), CPoint(1000000000, 7));
-    for (const int level : canvas.Row(7))
-        EXPECT_LT(level, 2);
-    EXPECT_EQ(canvas.Row(6), Levels(30, 200));
-    EXPECT_EQ(canvas.Row(9), Levels(30, 200));
+    EXPECT_TRUE(row(6, 200, 200));
+    EXPECT_TRUE(row(7, 0, 1));
+    EXPECT_TRUE(row(9, 200, 200));
 }
 
 TEST(PixelRows, AgreeWithThePlainFormula) {
+    const auto blend = [](CColor under, CColor over) {
+        const auto channel = [&](int below, int above) {
+            return (above * over.alpha + below * (255 - over.alpha)) >> 8;
+        };
+        return CColor(channel(under.red, over.red), channel(under.green, over.green),
+                      channel(under.blue, over.blue), under.alpha);
+    };
     // On both sides of every vector width and chunk.
-    for (const size_t count : {0, 1, 2, 3, 5, 7, 8, 9, 15, 31, 63, 64, 65, 130, 4000}) {
-        Canvas noise(static_cast<int>(count) + 1, 2);
-        test::FillWithNoise(noise, static_cast<uint32_t>(count));
-        const std::vector under(noise.GetDataAt(0, 0), noise.GetDataAt(0, 0) + count);
-        const std::vector over(noise.GetDataAt(0, 1), noise.GetDataAt(0, 1) + count);
-        std::vector<uint32_t> blended = under, colored = under;
-        pixel_rows::Blend(blended.data(), over.data(), count);
-        const CColor color(200, 100, 50, static_cast<int>(count) & 0xFF);
-        pixel_rows::BlendColor(colored.data(), color, count);
-        for (size_t i = 0; i < count; ++i) {
-            const CColor below = CColor::FromWord(under[i]);
-            ASSERT_EQ(blended[i], test::PlainBlend(below, CColor::FromWord(over[i])).GetWord());
-            ASSERT_EQ(blended[i], pixel_rows::BlendedWord(under[i], over[i]));
-            ASSERT_EQ(colored[i], test::PlainBlend(below, color).GetWord());
-        }
+    for (const int count : {0, 1, 2, 3, 5, 7, 8, 9, 15, 31, 63, 64, 65, 130, 4000}) {
+        CGraphicBuffer noise;
+        noise.SetSize(CSize(count + 1, 2));
+        FillWithNoise(noise, static_cast<uint32_t>(count));
+        const std::vector under(noise.GetDataAt(0, 0), noise.GetDataAt(count, 0));
+        const std::vector over(noise.GetDataAt(0, 1), noise.GetDataAt(count, 1));
         for (const uint8_t opacity : {uint8_t{255}, uint8_t{254}, uint8_t{128}, uint8_t{1}}) {
-            std::vector<uint32_t> composed = under;
-            pixel_rows::Compose(composed.data(), over.data(), count, opacity);
-            for (size_t i = 0; i < count; ++i) {
-                const CColor below = CColor::FromWord(under[i]), above = CColor::FromWord(over[i]);
-                ASSERT_EQ(composed[i], test::PlainCompose(below, above, opacity).GetWord());
-                ASSERT_EQ(composed[i], pixel_rows::ComposedWord(under[i], over[i], opacity));
+            const CColor color(200, 100, 50, opacity);
+            std::vector<uint32_t> blended = under, colored = under, composed = under;
+            pixel_rows::Blend(blended.data(), over.data(), under.size());
+            pixel_rows::BlendColor(colored.data(), color, under.size());
+            pixel_rows::Compose(composed.data(), over.data(), under.size(), opacity);
+            for (size_t i = 0; i < under.size(); ++i) {
+                const CColor below = CColor::FromWord(under[i]);
+                CColor above = CColor::FromWord(over[i]);
+                ASSERT_EQ(CColor::FromWord(blended[i]), blend(below, above));
+                ASSERT_EQ(CColor::FromWord(colored[i]), blend(below, color));
+                if (opacity < 255) above.SetAlpha((above.alpha * opacity) >> 8);
+                ASSERT_EQ(CColor::FromWord(composed[i]),
+                          above.alpha == 255 ? above : blend(below, above));
             }
         }
     }
 }
 
-// Hosts and damaged files can hand over anything; no sum may wrap round.
-TEST(Rect, EndsAtTheRangeOfAnInt) {
-    const CRect huge(kMax - 1, kMin, kMax, kMin);
-    EXPECT_EQ(huge.GetRight(), kMax);
-    EXPECT_EQ(huge.GetBottom(), kMin);
-    EXPECT_FALSE(huge.IsPointInside({kMax, kMin}));
-    EXPECT_TRUE(CRect(kMin, kMin, kMax, kMax).IsPointInside({-2, -2}));
-    EXPECT_TRUE(huge.GetIntersection(CRect(kMin, kMax, kMin, kMin)).IsEmpty());
-    CPoint point(kMax, kMin);
-    point.Shift({kMax, kMin});
-    EXPECT_EQ(point, CPoint(kMax, kMin));
-}
-
 TEST(Color, TakesAnyNumber) {
     EXPECT_EQ(CColor(-1, 256, kMin, kMax), CColor(0, 255, 0, 255));
-    for (const auto& [value, byte] : {std::pair{0.999, 254},
-                                      {7.5, 255},
-                                      {1e300, 255},
-                                      {-1e300, 0},
-                                      {std::numeric_limits<double>::quiet_NaN(), 0}}) {
+    for (const auto& [value, byte] : {std::pair{0.999, 254}, {7.5, 255}, {-1e300, 0}, {NAN, 0}}) {
         CColor color;
         color.SetRedF(value);
         EXPECT_EQ(color.red, byte) << value;

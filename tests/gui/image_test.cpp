@@ -116,8 +116,10 @@ TEST(ImageBank, TakesFinerPicturesWhereTheyFit) {
         EXPECT_EQ(stored(name), 1) << name;
 }
 
-// Hosts may open and close editors of several instances on several threads.
+// Hosts may open and close editors of several instances on several threads, which share pictures
+// and fonts.
 TEST(ImageBank, ServesManyThreads) {
+    const long buffers = CGraphicBuffer::FontRefNum();
     const ScratchFolder folder;
     const std::string paths[] = {folder.Write("0", Targa{}.Text()),
                                  folder.Write("1", Targa{}.Text())};
@@ -132,6 +134,7 @@ TEST(ImageBank, ServesManyThreads) {
                 EXPECT_EQ(image_bank::FindByID(id), image);
                 EXPECT_EQ(image_bank::FindByName(paths[id].c_str()), image);
                 canvas.DrawImage(image, CRect(0, 0, 3, 2), {0, 0});
+                canvas.DrawText("ok", CRect(0, 0, 3, 2), false);
             }
         }
     };
@@ -140,6 +143,7 @@ TEST(ImageBank, ServesManyThreads) {
         threads.emplace_back(work);
     threads.clear();
     EXPECT_EQ(image_bank::CountUsers(), 0);
+    EXPECT_EQ(CGraphicBuffer::FontRefNum(), buffers);
 }
 
 }  // namespace

@@ -40,11 +40,8 @@ TEST_F(ListTest, ClicksSelectAndTellOnce) {
     window.refuseValues = true;
     view.Click({40, 10 + 4 + 9});
     EXPECT_EQ(list->GetSelectedItemID(), 1) << "the owner has the last word";
-    window.refuse = true;
-    window.TakeValues();
-    view.Click({40, 10 + 4 + 9});
     view.Click({40, 10 + 4 + 9}, kMouseRight);
-    EXPECT_THAT(window.TakeValues(), IsEmpty());
+    EXPECT_TRUE(window.open.empty());
     for (const float strange : {std::nanf(""), 1e30f}) {
         list->SetValue(strange);
         EXPECT_EQ(list->GetSelectedItemID(), -1);

@@ -34,15 +34,12 @@ TEST(Damage, CoversLittleMoreThanWasAskedFor) {
     EXPECT_TRUE(damage.IsEmpty());
     for (int i = 0; i < 100; ++i)
         damage.Add({20 * i, 50 * (i % 7), 5, 5});
-    size_t parts = 0;
-    int covered = 0;
-    for (const CRect part : damage.Take()) {
-        ++parts;
-        for (int i = 0; i < 100; ++i)
-            covered += part.Intersects({20 * i, 50 * (i % 7), 5, 5}) ? 1 : 0;
-    }
-    EXPECT_LE(parts, 16u);
-    EXPECT_GE(covered, 100);
+    const std::vector<CRect> parts = damage.Take();
+    EXPECT_LE(parts.size(), 16u);
+    for (int i = 0; i < 100; ++i)
+        EXPECT_TRUE(std::ranges::any_of(parts, [i](const CRect& part) {
+            return part.Intersects({20 * i, 50 * (i % 7), 5, 5});
+        }));
 }
 
 #ifdef __linux__

