@@ -3,10 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 
+#include "apps/error_of.h"
 #include "apps/midi_bytes.h"
-#include "render/bad_input.h"
+#include "render/note_endings.h"
 
 namespace norava {
 namespace {
@@ -15,20 +17,16 @@ using namespace test;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-std::string ErrorOf(const Bytes& file) {
-    try {
-        ReadMidiSong(file);
-    } catch (const BadInput& error) {
-        return error.what();
+// "91 60 100 @0.5" and the like, in order: the status in hexadecimal, data and seconds.
+std::vector<std::string> EventsOf(const MidiSong& song) {
+    std::vector<std::string> events;
+    for (const auto& [seconds, bytes] : song.events) {
+        std::ostringstream text;
+        text << std::hex << int(bytes[0]) << std::dec << ' ' << int(bytes[1]) << ' '
+             << int(bytes[2]) << " @" << seconds;
+        events.push_back(text.str());
     }
-    return "";
-}
-
-std::vector<double> TimesOf(const MidiSong& song) {
-    std::vector<double> times;
-    for (const SongEvent& event : song.events)
-        times.push_back(event.seconds);
-    return times;
+    return events;
 }
 
 TEST(MidiSong, RunningStatusHoldsAcrossEveryKindOfChannelMessage) {
@@ -36,25 +34,19 @@ TEST(MidiSong, RunningStatusHoldsAcrossEveryKindOfChannelMessage) {
                                                      96, 60,   0,                   // velocity 0
                                                      0,  0xC3, 5,  0,   6,          // one data byte
                                                      0,  0xE0, 0,  64,  0, 1,  65}));
-    ASSERT_EQ(song.events.size(), 7u);
-    using Message = std::array<std::uint8_t, 3>;
-    EXPECT_EQ(song.events[1].bytes, (Message{0x91, 62, 90}));
-    EXPECT_EQ(song.events[2].bytes, (Message{0x91, 60, 0}));
-    EXPECT_EQ(song.events[4].bytes, (Message{0xC3, 6, 0}));
-    EXPECT_EQ(song.events[6].bytes, (Message{0xE0, 1, 65}));
-    EXPECT_DOUBLE_EQ(song.events[2].seconds, 0.5);  // a quarter at 120 beats a minute
+    // A quarter lasts half a second at 120 beats a minute.
+    EXPECT_THAT(EventsOf(song),
+                ElementsAre("91 60 100 @0", "91 62 90 @0", "91 60 0 @0.5", "c3 5 0 @0.5",
+                            "c3 6 0 @0.5", "e0 0 64 @0.5", "e0 1 65 @0.5"));
 }
 
 TEST(MidiSong, WhatNoInstrumentPlaysIsPassedOver) {
-    Bytes longText = {0, 0xFF, 1, 0x81, 0x48};  // 200 letters
-    longText.insert(longText.end(), 200, 'x');
-    const MidiSong song =
-        ReadMidiSong(OneTrackFile(longText + Bytes{0, 0xF0, 3, 1, 2, 0xF7,  // exclusive
-                                                   48, 0xF7, 2, 0xF3, 1,    // an escape
-                                                   0, 0xFF, 0x7F, 0,        // empty
-                                                   48, 0x90, 60, 1}));
-    ASSERT_EQ(song.events.size(), 1u);
-    EXPECT_DOUBLE_EQ(song.events[0].seconds, 0.5);
+    const Bytes longText = Bytes{0, 0xFF, 1, 0x81, 0x48} + Bytes(200, 'x');
+    const MidiSong song = ReadMidiSong(
+        OneTrackFile(longText + Bytes{0, 0xF0, 3, 1, 2, 0xF7, 48, 0xF7, 2, 0xF3, 1,  // escape
+                                      0, 0xFF, 0x7F, 0,                              // empty
+                                      48, 0x90, 60, 1}));
+    EXPECT_THAT(EventsOf(song), ElementsAre("90 60 1 @0.5"));
 }
 
 TEST(MidiSong, TracksAreMergedByTimeAndTempoAppliesToAll) {
@@ -66,9 +58,9 @@ TEST(MidiSong, TracksAreMergedByTimeAndTempoAppliesToAll) {
                                 0, 0xFF, 0x51, 3, 0x07, 0xA1, 0x20});
     const MidiSong song =
         ReadMidiSong(Header(1, 3) + tempo + Chunk("XFIH", {1, 2, 3}) + first + second);
-
-    EXPECT_THAT(TimesOf(song), ElementsAre(0.0, 0.5, 0.75, 0.75));
-    EXPECT_EQ(song.events[2].bytes[1], 61);  // of two at once, the earlier track's first
+    // Of two at once, the earlier track's comes first.
+    EXPECT_THAT(EventsOf(song),
+                ElementsAre("95 40 1 @0", "90 60 1 @0.5", "90 61 1 @0.75", "95 41 1 @0.75"));
     ASSERT_EQ(song.tempos.size(), 3u);
     EXPECT_DOUBLE_EQ(song.tempos[2].seconds, 0.75);
     EXPECT_DOUBLE_EQ(song.tempos[0].beatsPerMinute, 120.0);
@@ -80,58 +72,92 @@ TEST(MidiSong, TracksAreMergedByTimeAndTempoAppliesToAll) {
 TEST(MidiSong, FilmFramesTickAtTheirOwnRateWhateverTheTempo) {
     const Bytes events = {0, 0xFF, 0x51, 3, 0x03, 0xD0, 0x90, 100, 0x90, 60, 1};
     const MidiSong song = ReadMidiSong(Header(0, 1, 0x100 - 25, 40) + Track(events));
-    EXPECT_DOUBLE_EQ(song.events[0].seconds, 100.0 / (25 * 40));
+    EXPECT_THAT(EventsOf(song), ElementsAre("90 60 1 @0.1"));
     EXPECT_DOUBLE_EQ(song.tempos[0].beatsPerMinute, 240.0);
-    EXPECT_THAT(ErrorOf(Header(0, 1, 0x100 - 26, 40) + Track(events)), HasSubstr("division"));
 }
 
 TEST(MidiSong, EndsWithTheLongestTrackAndIgnoresWhatFollowsTheEnd) {
     const MidiSong song = ReadMidiSong(
         Header(1, 2) + Chunk("MTrk", Bytes{0, 0x90, 60, 1, 96, 0xFF, 0x2F, 0, 1, 2, 3}) +
         Chunk("MTrk", Bytes{0x81, 0x40, 0xFF, 0x2F, 0}) + Bytes{'j', 'u', 'n', 'k'});
-    EXPECT_EQ(song.events.size(), 1u);
+    EXPECT_THAT(EventsOf(song), ElementsAre("90 60 1 @0"));
     EXPECT_DOUBLE_EQ(song.lengthSeconds, 1.0);
 }
 
-TEST(MidiSong, AFileCutAtAnyByteIsRefused) {
-    const Bytes file = Header(1, 2) + Track({0, 0xFF, 0x51, 3, 7, 0xA1, 0x20}) +
-                       Track({0, 0x90, 60, 100, 96, 60, 0, 0, 0xF0, 2, 1, 0xF7});
-    ASSERT_EQ(ErrorOf(file), "");
-    for (std::size_t length = 0; length < file.size(); ++length) {
-        const Bytes cut(file.begin(), file.begin() + std::ptrdiff_t(length));
-        EXPECT_NE(ErrorOf(cut), "") << length << " bytes";
-    }
-}
-
-TEST(MidiSong, ATrackCutAtAnyByteIsRefusedEvenInAWholeChunk) {
+TEST(MidiSong, ATrackCutInAMessageIsRefusedEvenInAWholeChunk) {
     const Bytes events = {0, 0x90, 60, 100, 0x81, 0x00, 0x80, 60, 0, 0, 0xFF, 0x51, 3, 7, 0xA1, 1};
-    const std::size_t messageEnds[] = {0, 4, 9, 16};
     for (std::size_t length = 0; length <= events.size(); ++length) {
         const Bytes cut(events.begin(), events.begin() + std::ptrdiff_t(length));
-        const bool whole = std::count(std::begin(messageEnds), std::end(messageEnds), length) > 0;
-        EXPECT_EQ(ErrorOf(Header(0, 1) + Chunk("MTrk", cut)).empty(), whole) << length << " bytes";
+        const bool whole = length == 0 || length == 4 || length == 9 || length == 16;
+        const std::string error = ErrorOf([&] { ReadMidiSong(Header(0, 1) + Chunk("MTrk", cut)); });
+        EXPECT_EQ(error.empty(), whole) << length << " bytes";
     }
 }
 
 TEST(MidiSong, SaysWhatIsWrong) {
     const Bytes note = {0, 0x90, 60, 100};
-    EXPECT_THAT(ErrorOf({}), HasSubstr("not a MIDI file"));
-    EXPECT_THAT(ErrorOf(Bytes(100, 'x')), HasSubstr("not a MIDI file"));
-    EXPECT_THAT(ErrorOf(Header(2, 1) + Track(note)), HasSubstr("format 2"));
-    EXPECT_THAT(ErrorOf(Header(0, 0)), HasSubstr("no tracks"));
-    EXPECT_THAT(ErrorOf(Header(0, 1, 0, 0) + Track(note)), HasSubstr("division"));
-    EXPECT_THAT(ErrorOf(Header(1, 2) + Track(note)), HasSubstr("1 of 2 tracks"));
-    EXPECT_THAT(ErrorOf(OneTrackFile({0, 60, 100})), HasSubstr("running status"));
-    EXPECT_THAT(ErrorOf(OneTrackFile({0, 0x90, 0x80, 100})), HasSubstr("above 127"));
-    EXPECT_THAT(ErrorOf(OneTrackFile({0, 0xF4})), HasSubstr("damaged"));
-    EXPECT_THAT(ErrorOf(OneTrackFile({0, 0xFF, 0x51, 0})), HasSubstr("tempo"));
-    EXPECT_THAT(ErrorOf(OneTrackFile({0, 0xFF, 0x51, 3, 0, 0, 0})), HasSubstr("infinite"));
-    // Delta times of more than four bytes, up to sums that leave 64 bits.
-    EXPECT_THAT(ErrorOf(OneTrackFile({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F, 0x90, 1, 1})),
-                HasSubstr("out of bounds"));
-    EXPECT_THAT(ErrorOf(OneTrackFile(Bytes(9, 0xFF) + Bytes{0x7F, 0x90, 1, 1})),
-                HasSubstr("out of bounds"));
-    EXPECT_THAT(ErrorOf(OneTrackFile({0x87, 0xFF, 0xFF, 0x7F, 0x90, 1, 1})), HasSubstr("a day"));
+    const struct {
+        Bytes file;
+        const char* complaint;
+    } cases[] = {
+        {Bytes(100, 'x'), "not a MIDI file"},
+        {Header(2, 1) + Track(note), "format 2"},
+        {Header(0, 0), "no tracks"},
+        {Header(0, 1, 0, 0) + Track(note), "division"},
+        {Header(0, 1, 0x100 - 26, 40) + Track(note), "division"},
+        {Header(1, 2) + Track(note), "1 of 2 tracks"},
+        {OneTrackFile({0, 60, 100}), "running status"},
+        {OneTrackFile({0, 0x90, 0x80, 100}), "above 127"},
+        {OneTrackFile({0, 0xF4}), "damaged"},
+        {OneTrackFile({0, 0xFF, 0x51, 0}), "tempo"},
+        {OneTrackFile({0, 0xFF, 0x51, 3, 0, 0, 0}), "infinite"},
+        // Delta times of more than four bytes, up to sums that leave 64 bits.
+        {OneTrackFile(Bytes(5, 0xFF) + Bytes{0x7F, 0x90, 1, 1}), "out of bounds"},
+        {OneTrackFile(Bytes(9, 0xFF) + Bytes{0x7F, 0x90, 1, 1}), "out of bounds"},
+        {OneTrackFile({0x87, 0xFF, 0xFF, 0x7F, 0x90, 1, 1}), "a day"},
+    };
+    for (const auto& [file, complaint] : cases)
+        EXPECT_THAT(ErrorOf([&] { ReadMidiSong(file); }), HasSubstr(complaint));
+}
+
+// Ticks of a second each, and the pedal as controller 64.
+MidiSong SlowSong(const Bytes& events) {
+    return ReadMidiSong(Header(0, 1, 0, 1) +
+                        Track(Bytes{0, 0xFF, 0x51, 3, 0x0F, 0x42, 0x40} + events));
+}
+
+std::vector<std::string> PlayedWithPedal(const Bytes& events) {
+    MidiSong song = SlowSong(events);
+    HoldNotesByPedal(song);
+    std::erase_if(song.events, [](const SongEvent& e) { return (e.bytes[0] & 0xF0) == 0xB0; });
+    return EventsOf(song);
+}
+
+TEST(Pedal, HoldsNoteOffsUntilItGoesUp) {
+    EXPECT_THAT(PlayedWithPedal({0, 0x90, 60, 80, 1, 0xB0, 64, 64, 1, 0x80, 60, 0,  //
+                                 1, 0x90, 62, 80, 1, 0x90, 62, 0,  1, 0xB0, 64, 63}),
+                ElementsAre("90 60 80 @0", "90 62 80 @3", "80 60 0 @5", "80 62 0 @5"));
+}
+
+TEST(Pedal, AKeyStruckAgainStaysWhenItGoesUp) {
+    EXPECT_THAT(PlayedWithPedal({0, 0xB0, 64, 127, 0, 0x90, 60, 80, 1, 0x80, 60, 0,  //
+                                 1, 0x90, 60, 80,  1, 0xB0, 64, 0,  1, 0x80, 60, 0}),
+                ElementsAre("90 60 80 @0", "90 60 80 @2", "80 60 0 @4"));
+}
+
+TEST(Pedal, EachChannelHasItsOwnAndTheSongsEndLiftsAll) {
+    EXPECT_THAT(PlayedWithPedal({0, 0xB0, 64, 127, 0, 0x90, 60, 80, 0, 0x91, 72, 80,  //
+                                 1, 0x80, 60, 0,   0, 0x81, 72, 0,  1, 0xB1, 1,  0}),
+                ElementsAre("90 60 80 @0", "91 72 80 @0", "81 72 0 @1", "80 60 0 @2"));
+}
+
+TEST(HangingNotes, AreReleasedAtTheEndInTheChannelThatHoldsThem) {
+    MidiSong song = SlowSong({0, 0x90, 60, 80, 0, 0x93, 60, 80, 1, 0x80, 60, 0,  //
+                              0, 0x90, 61, 80, 0, 0x90, 61, 0,  1, 0xC0, 1});
+    ReleaseHangingNotes(song);
+    EXPECT_THAT(EventsOf(song),
+                ElementsAre("90 60 80 @0", "93 60 80 @0", "80 60 0 @1", "90 61 80 @1", "90 61 0 @1",
+                            "c0 1 0 @2", "83 60 0 @2"));
 }
 
 }  // namespace

@@ -3,62 +3,62 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
-#include <cstring>
 #include <random>
+#include <set>
 
-#include "apps/midi_bytes.h"
+#include "apps/error_of.h"
 #include "files/scratch_folder.h"
 #include "parameters/parameter_table.h"
+#include "presets/factory_bank.h"
 #include "program_text/program_file.h"
 #include "render/bad_input.h"
+#include "render/sound.h"
 
 namespace norava::test {
 namespace {
 
-Program Parse(std::string_view text) {
-    return ParseProgram(text, "x.txt");
-}
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 
-std::string Complaint(std::string_view text) {
-    try {
-        Parse(text);
-    } catch (const BadInput& error) {
-        return error.what();
-    }
-    return "none";
-}
+struct Refused {
+    std::string text, complaint;
+};
 
 TEST(ProgramText, TakesWhatPeopleWrite) {
-    const Program program = Parse(
+    const Program program = ParseProgram(
         "# a comment\n Name = Two Words \r\nTags = pitched,  soft\nstr1 decay = 0.25\n"
         "Str1 Decay Inv = on\nString Ratio = 1 : 4\nDescription = a = b\n"
-        "Mod 3 = mod whl > str2 damp -0.5\nMod 8 = lfo > hi-cut ctf 1");
+        "Mod 3 = mod whl > str2 damp -0.5\nMod 8 = lfo > hi-cut ctf 1",
+        "x.txt");
     EXPECT_EQ(program.name, "Two Words");
     EXPECT_EQ(program.description, "a = b");
     EXPECT_TRUE(program.HasTag("soft"));
     EXPECT_EQ(program.values[param::kString1Decay], 0.25f);
     EXPECT_EQ(program.values[param::kString1DecayInvert], 1.0f);
     EXPECT_EQ(program.values[param::kStringRatio], 6.0f);
-    EXPECT_THAT(std::vector<float>(&program.values[param::kMatrix + 8],
-                                   &program.values[param::kMatrix + 12]),
-                testing::ElementsAre(3.0f, 0.5f, 1.0f, 12.0f));
+    EXPECT_THAT(std::span(program.values).subspan(param::kMatrix + 8, 4),
+                ElementsAre(3.0f, 0.5f, 1.0f, 12.0f));
     EXPECT_EQ(program.values[param::kMasterLevel], 0.5f) << "what is not named keeps its default";
 }
 
 TEST(ProgramText, NamesTheLineThatItCannotTake) {
-    EXPECT_THAT(Complaint("Name = A\n\nStr1 Decay = 1.5"), testing::HasSubstr("x.txt:3: "));
-    EXPECT_THAT(Complaint("Name = A\nStr9 Decay = 1"), testing::HasSubstr("x.txt:2: "));
-    EXPECT_THAT(Complaint("Name = A\nTune = nan"), testing::HasSubstr("not 'nan'"));
-    EXPECT_THAT(Complaint("Name = A\nTune = 0.5\ntune = 0.5"), testing::HasSubstr("twice"));
-    EXPECT_THAT(Complaint("Mod 1 = lfo > pan 1\nMatrix 1 Amount = 1"), testing::HasSubstr("twice"));
-    EXPECT_THAT(Complaint("Mod 9 = lfo > pan 1"), testing::HasSubstr("Mod 8"));
-    EXPECT_THAT(Complaint("Mod 1 = lfo > pan"), testing::HasSubstr("SOURCE"));
-    EXPECT_THAT(Complaint("Mod 1 = lfo > moon 1"), testing::HasSubstr("hi-cut ctf"));
-    EXPECT_THAT(Complaint("Tune = 0.5"), testing::HasSubstr("'Name = ...'"));
-    EXPECT_THAT(Complaint("Name = " + std::string(128, 'x')), testing::HasSubstr("127"));
-    EXPECT_THAT(Complaint("Name = a\\x0"), testing::HasSubstr("hexadecimal"));
-    EXPECT_THAT(Complaint("Master Level 1"), testing::HasSubstr("NAME = VALUE"));
+    for (const auto& [text, complaint] : {
+             Refused{"Name = A\n\nStr1 Decay = 1.5", "x.txt:3: "},
+             Refused{"Name = A\nStr9 Decay = 1", "x.txt:2: "},
+             Refused{"Name = A\nTune = nan", "not 'nan'"},
+             Refused{"Name = A\nTune = 0.5\ntune = 0.5", "twice"},
+             Refused{"Mod 1 = lfo > pan 1\nMatrix 1 Amount = 1", "twice"},
+             Refused{"Mod 9 = lfo > pan 1", "Mod 8"},
+             Refused{"Mod 1 = lfo > pan", "SOURCE"},
+             Refused{"Mod 1 = lfo > moon 1", "hi-cut ctf"},
+             Refused{"Tune = 0.5", "'Name = ...'"},
+             Refused{"Name = " + std::string(128, 'x'), "127"},
+             Refused{"Name = a\\x0", "hexadecimal"},
+             Refused{"Master Level 1", "NAME = VALUE"},
+         })
+        EXPECT_THAT(ErrorOf([&] { ParseProgram(text, "x.txt"); }), HasSubstr(complaint));
 }
 
 // Whatever bits a block holds, its text gives them back: numbers that are none, values beyond
@@ -75,8 +75,8 @@ TEST(ProgramText, GivesBackEveryBitOfABlock) {
             value = std::bit_cast<float>(random() % 2 ? kOdd[random() % std::size(kOdd)]
                                                       : std::uint32_t(random()));
         }
-        const Program back = Parse(WriteProgram(program));
-        EXPECT_EQ(ToBlock(back), ToBlock(program)) << WriteProgram(program);
+        const std::string text = WriteProgram(program);
+        EXPECT_EQ(ToBlock(ParseProgram(text, "x.txt")), ToBlock(program)) << text;
     }
 }
 
@@ -87,20 +87,16 @@ TEST(ProgramFile, ReadsBlocksAndHostsFiles) {
     program.values[param::kReverbMix] = 0.3f;
     SaveProgram(folder / "a.norava", program);
     SaveProgram(folder / "a.txt", program);
-    EXPECT_THAT(folder.Names(), testing::UnorderedElementsAre("a.norava", "a.txt"));
     const StateBlock block = ToBlock(program);
-    EXPECT_EQ(ToBlock(LoadProgram(folder / "a.norava")), block);
-    EXPECT_EQ(ToBlock(LoadProgram(folder / "a.txt")), block);
+    const std::string bytes(block.begin(), block.end()), rest(48, '\0');
+    folder.Write("b.fxp", "CcnK????FPCh" + rest + bytes);
+    for (const char* name : {"a.norava", "a.txt", "b.fxp"})
+        EXPECT_EQ(ToBlock(LoadProgram(folder / name)), block) << name;
+    EXPECT_EQ(folder.Names().size(), 3u) << "nothing is left of the saving";
 
-    Bytes hostFile(60);
-    std::memcpy(hostFile.data(), "CcnK", 4);
-    std::memcpy(hostFile.data() + 8, "FPCh", 4);
-    EXPECT_THROW(LoadProgram(folder.Write("empty.fxp", hostFile)), BadInput);
-    hostFile.insert(hostFile.end(), block.begin(), block.end());
-    EXPECT_EQ(ToBlock(LoadProgram(folder.Write("b.fxp", hostFile))), block);
-    hostFile[8] = 'x';
-    EXPECT_THROW(LoadProgram(folder.Write("c.fxp", hostFile)), BadInput);
-    EXPECT_THROW(LoadProgram(folder.Write("c.norava", hostFile)), BadInput);
+    EXPECT_THROW(LoadProgram(folder.Write("empty.fxp", "CcnK????FPCh" + rest)), BadInput);
+    EXPECT_THROW(LoadProgram(folder.Write("c.fxp", "CcnK????xPCh" + rest + bytes)), BadInput);
+    EXPECT_THROW(LoadProgram(folder.Write("c.norava", "1qzw" + rest)), BadInput);
     EXPECT_THROW(LoadProgram(folder.Path()), BadInput);
 }
 
@@ -111,9 +107,79 @@ TEST(ProgramFile, BankRefusesAProgramUnderAnotherName) {
     program.name = "Right";
     SaveProgram(folder / "Bass/Right.txt", program);
     ASSERT_EQ(LoadBank(folder.Path()).size(), 1u);
-    EXPECT_EQ(LoadBank(folder.Path())[0].category, "Bass");
     SaveProgram(folder / "Bass/Wrong.txt", program);
     EXPECT_THROW(LoadBank(folder.Path()), BadInput);
+}
+
+// What is built in is what the texts say, all of it, and fit for a library on every system.
+TEST(FactoryBank, HoldsTheTexts) {
+    const std::vector<BankEntry> texts = LoadBank(NORAVA_PROGRAMS);
+    const auto bank = GetFactoryBank();
+    ASSERT_EQ(bank.size(), texts.size());
+    std::set<std::string> categories, names;
+    for (std::size_t i = 0; i < bank.size(); ++i) {
+        const Program& program = texts[i].program;
+        SCOPED_TRACE(program.name);
+        EXPECT_EQ(bank[i].category, texts[i].category);
+        EXPECT_EQ(bank[i].name, program.name);
+        const auto toByte = [](char c) { return static_cast<unsigned char>(c); };
+        EXPECT_TRUE(std::ranges::equal(bank[i].block, ToBlock(program), {}, {}, toByte));
+        categories.insert(texts[i].category);
+        EXPECT_TRUE(names.insert(program.name).second) << "twice";
+        EXPECT_FALSE(program.author.empty() || program.tags.empty() || program.description.empty());
+        EXPECT_EQ((texts[i].category + program.name).find_first_of("/\\:*?\"<>|."),
+                  std::string::npos);
+    }
+    EXPECT_GE(categories.size(), 8u);
+    EXPECT_GE(names.size(), 96u);
+}
+
+TEST(Setting, TakesNamesNumbersAndMenuTexts) {
+    const struct {
+        const char* text;
+        int index;
+        float value;
+    } cases[] = {
+        {"  reverb mix =  0.25 ", param::kReverbMix, 0.25f},
+        {"74=1", param::kReverbOn, 1.0f},
+        {"Chorus ON/OFF = off", param::kChorusOn, 0.0f},
+        {"Matrix 3 Source = lfo", param::kMatrix + 8, 2.0f},
+        {"82=14", param::kMatrix + 3, 14.0f},
+        {"String Ratio=1 : 2", param::kStringRatio, 4.0f},
+    };
+    for (const auto& [text, index, value] : cases) {
+        EXPECT_EQ(ParseSetting(text).index, index) << text;
+        EXPECT_EQ(ParseSetting(text).value, value) << text;
+    }
+}
+
+TEST(Setting, RefusesWhatNoParameterTakes) {
+    for (const auto& [text, complaint] : {
+             Refused{"Reverb", "NAME=VALUE"},
+             Refused{"Reverb Size=1", "no parameter 'Reverb Size'"},
+             Refused{"114=0", "no parameter"},
+             Refused{"-1=0", "no parameter"},
+             Refused{"=0", "no parameter"},
+             Refused{"Tune=", "takes 0..1"},
+             Refused{"Tune=1.5", "1.5"},
+             Refused{"Tune=-0.1", "-0.1"},
+             Refused{"Tune=nan", "nan"},
+             Refused{"Tune=0,5", "0,5"},
+             Refused{"String Ratio=7", "0..6"},
+         })
+        EXPECT_THAT(ErrorOf([&] { ParseSetting(text); }), HasSubstr(complaint)) << text;
+}
+
+TEST(Patch, ErrorsNameTheFileAndTheLine) {
+    const ScratchFolder folder;
+    folder.Write("good.patch", "# a sound\r\n\r\nTune = 0.5\r\n  Amp Decay=0.25\n");
+    const auto good = LoadPatch(folder / "good.patch");
+    ASSERT_EQ(good.size(), 2u);
+    EXPECT_EQ(good[1].index, param::kAmpDecay);
+    folder.Write("x.patch", "Tune = 0.5\nTuna = 0.5\n");
+    EXPECT_THAT(ErrorOf([&] { LoadPatch(folder / "x.patch"); }),
+                HasSubstr("x.patch:2: there is no"));
+    EXPECT_NE(ErrorOf([&] { LoadPatch(folder.Path()); }), "");
 }
 
 }  // namespace

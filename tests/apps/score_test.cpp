@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "apps/error_of.h"
 #include "render/midi_song.h"
 #include "tune/midi_writer.h"
 #include "tune/score_tokens.h"
@@ -14,30 +15,17 @@ namespace {
 
 using ::testing::HasSubstr;
 
-std::string ErrorOf(const std::string& text) {
-    try {
-        ParseScore(text);
-    } catch (const ScoreError& error) {
-        return error.what();
-    }
-    return "";
-}
-
 TEST(Score, NamesKeysAndLengths) {
-    EXPECT_EQ(ParseKey("C4"), 60);
-    EXPECT_EQ(ParseKey("A4"), 69);
-    EXPECT_EQ(ParseKey("G#1"), 32);
-    EXPECT_EQ(ParseKey("Cb4"), 59);
-    EXPECT_EQ(ParseKey("G9"), 127);
-    for (const char* text : {"H4", "A", "A#", "c4", "G#9", "C-1", ""})
-        EXPECT_FALSE(ParseKey(text));
-    EXPECT_EQ(ParseLength("4"), kTicksPerQuarter);
-    EXPECT_EQ(ParseLength("8."), 360);
-    EXPECT_EQ(ParseLength("4.."), 840);
-    EXPECT_EQ(ParseLength("2.+8"), 1680);
-    for (const char* text : {"", "0", "7", "64", "4...", "4+", "-4"}) {
-        EXPECT_FALSE(ParseLength(text)) << text;
-    }
+    const std::pair<const char*, std::optional<int>> keys[] = {
+        {"C4", 60}, {"G#1", 32}, {"Cb4", 59}, {"G9", 127}, {"H4", {}}, {"A", {}},
+        {"A#", {}}, {"c4", {}},  {"G#9", {}}, {"C-1", {}}, {"", {}}};
+    for (const auto& [text, key] : keys)
+        EXPECT_EQ(ParseKey(text), key) << text;
+    const std::pair<const char*, std::optional<int>> lengths[] = {
+        {"4", 480}, {"8.", 360}, {"4..", 840}, {"2.+8", 1680}, {"", {}},
+        {"0", {}},  {"7", {}},   {"4...", {}}, {"4+", {}},     {"-4", {}}};
+    for (const auto& [text, ticks] : lengths)
+        EXPECT_EQ(ParseLength(text), ticks) << text;
 }
 
 TEST(Score, BecomesAMidiFileThatPlaysAsWritten) {
@@ -61,10 +49,8 @@ TEST(Score, BecomesAMidiFileThatPlaysAsWritten) {
 }
 
 TEST(Score, AKeyThatTwoVoicesHoldIsLetGoBeforeItIsStruckAgain) {
-    const MidiSong song =
-        ReadMidiSong(WriteMidiFile(ParseScore("meter 2 4\n"
-                                              "one: C4/2 |\n"
-                                              "two: -/4 C4 |\n")));
+    const Score score = ParseScore("meter 2 4\none: C4/2 |\ntwo: -/4 C4 |\n");
+    const MidiSong song = ReadMidiSong(WriteMidiFile(score));
     std::vector<int> kinds;
     for (const SongEvent& event : song.events)
         kinds.push_back(event.bytes[0]);
@@ -73,16 +59,21 @@ TEST(Score, AKeyThatTwoVoicesHoldIsLetGoBeforeItIsStruckAgain) {
 }
 
 TEST(Score, SlipsOfThePenAreFoundWithTheirLine) {
-    const std::string head = "meter 2. 4.\n";
-    EXPECT_THAT(ErrorOf(head + "a: C4/8 | C4/2. | C4/2 |\n"), HasSubstr("line 2: a bar lasts 960"));
-    EXPECT_THAT(ErrorOf(head + "\na: H4/8\n"), HasSubstr("line 3: 'H4/8'"));
-    EXPECT_THAT(ErrorOf(head + "a: [C4 E4/8\n"), HasSubstr("neither"));
-    EXPECT_THAT(ErrorOf(head + "a: C4/2.\nb: C4/4\n"), HasSubstr("differ in length"));
-    EXPECT_THAT(ErrorOf(head + "a: @5 C4/2.\n"), HasSubstr("no tempo"));
-    EXPECT_THAT(ErrorOf(head + "a: @99999999999 C4\n"), HasSubstr("no tempo"));
-    EXPECT_THAT(ErrorOf("metre 2. 4.\n"), HasSubstr("'metre'"));
-    EXPECT_THAT(ErrorOf("meter x 4.\n"), HasSubstr("'x' is no length"));
-    EXPECT_THAT(ErrorOf(""), HasSubstr("no voice"));
+    const struct {
+        const char *score, *complaint;
+    } cases[] = {
+        {"meter 2. 4.\na: C4/8 | C4/2. | C4/2 |\n", "line 2: a bar lasts 960"},
+        {"meter 2. 4.\n\na: H4/8\n", "line 3: 'H4/8'"},
+        {"meter 2. 4.\na: [C4 E4/8\n", "neither"},
+        {"meter 2. 4.\na: C4/2.\nb: C4/4\n", "differ in length"},
+        {"meter 2. 4.\na: @5 C4/2.\n", "no tempo"},
+        {"meter 2. 4.\na: @99999999999 C4\n", "no tempo"},
+        {"metre 2. 4.\n", "'metre'"},
+        {"meter x 4.\n", "'x' is no length"},
+        {"", "no voice"},
+    };
+    for (const auto& [score, complaint] : cases)
+        EXPECT_THAT(test::ErrorOf([&] { ParseScore(score); }), HasSubstr(complaint));
 }
 
 }  // namespace
