@@ -47,7 +47,6 @@ TEST(ProgramText, NamesTheLineThatItCannotTake) {
     for (const auto& [text, complaint] : {
              Refused{"Name = A\n\nStr1 Decay = 1.5", "x.txt:3: "},
              Refused{"Name = A\nStr9 Decay = 1", "x.txt:2: "},
-             Refused{"Name = A\nTune = nan", "not 'nan'"},
              Refused{"Name = A\nTune = 0.5\ntune = 0.5", "twice"},
              Refused{"Mod 1 = lfo > pan 1\nMatrix 1 Amount = 1", "twice"},
              Refused{"Mod 9 = lfo > pan 1", "Mod 8"},
@@ -56,7 +55,6 @@ TEST(ProgramText, NamesTheLineThatItCannotTake) {
              Refused{"Tune = 0.5", "'Name = ...'"},
              Refused{"Name = " + std::string(128, 'x'), "127"},
              Refused{"Name = a\\x0", "hexadecimal"},
-             Refused{"Master Level 1", "NAME = VALUE"},
          })
         EXPECT_THAT(ErrorOf([&] { ParseProgram(text, "x.txt"); }), HasSubstr(complaint));
 }
@@ -157,14 +155,10 @@ TEST(Setting, RefusesWhatNoParameterTakes) {
     for (const auto& [text, complaint] : {
              Refused{"Reverb", "NAME=VALUE"},
              Refused{"Reverb Size=1", "no parameter 'Reverb Size'"},
-             Refused{"114=0", "no parameter"},
              Refused{"-1=0", "no parameter"},
-             Refused{"=0", "no parameter"},
              Refused{"Tune=", "takes 0..1"},
              Refused{"Tune=1.5", "1.5"},
-             Refused{"Tune=-0.1", "-0.1"},
              Refused{"Tune=nan", "nan"},
-             Refused{"Tune=0,5", "0,5"},
              Refused{"String Ratio=7", "0..6"},
          })
         EXPECT_THAT(ErrorOf([&] { ParseSetting(text); }), HasSubstr(complaint)) << text;

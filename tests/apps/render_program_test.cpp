@@ -49,7 +49,6 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
     folder_.Write("good.mid", ScaleFile({60}));
     folder_.Write("text.mid", "hello");
     folder_.Write("cut.mid", cut);
-    folder_.Write("empty.mid", "");
     folder_.Write("wrong.bin", Bytes(588, 0));
     std::filesystem::create_directory(folder_ / "folder");
     const auto before = folder_.Names();
@@ -61,31 +60,21 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
         {"none.mid -o a.wav", "none.mid: cannot be read"},
         {"folder -o a.wav", "folder: cannot be read"},
         {"text.mid -o a.wav", "text.mid: this is not a MIDI file"},
-        {"empty.mid -o a.wav", "not a MIDI file"},
         {"cut.mid -o a.wav", "truncated"},
         {"good.mid -o nowhere/a.wav", "nowhere/a.wav: cannot be written"},
         {"good.mid -o /dev/null --format wav", "/dev/null: cannot be written"},
         {"good.mid -o a.mp3", "a.mp3 does not end in"},
-        {"good.mid -o a.wav --format flac", "does not fit"},
         {"good.mid -o a.flac --rate 768000", "sample rate"},
         {"good.mid -o a.flac --bits 32f", "flac"},
-        {"good.mid -o a.ogg --bits 16", "ogg"},
         {"good.mid -o a.wav --bits 12", "12"},
         {"good.mid -o a.wav --rate 999", "999"},
-        {"good.mid -o a.wav --rate fast", "fast"},
         {"good.mid -o a.wav --block 0", "--block"},
-        {"good.mid -o a.wav --tail never", "--tail"},
-        {"good.mid -o a.wav --normalize 3", "--normalize"},
-        {"good.mid -o a.wav --set Volume=1", "'Volume'"},
-        {"good.mid -o a.wav --patch none.txt", "none.txt"},
-        {"good.mid -o a.wav --state none.bin", "none.bin"},
         {"good.mid -o a.wav --state wrong.bin", "wrong.bin: this is not a state"},
         {"good.mid cut.mid -o a.wav", "a.wav: several songs need a folder"},
         {"good.mid folder/../good.mid -o out", "both become good.wav"},
         {"good.mid --loud", "--loud"},
         {"good.mid -o a.wav --program Bass/None", "no program 'Bass/None'"},
         {"good.mid -o a.wav --program wrong.bin", "not a program of the instrument"},
-        {"good.mid -o a.wav --program x/y --state z", "takes one of"},
         {"--all-programs --library none -o out", "none: this folder cannot be read"},
     };
     for (const auto& [arguments, complaint] : cases) {

@@ -49,23 +49,6 @@ TEST(Render, LevelAndPanFollowTheirControllers) {
     }
 }
 
-// Control blocks are 48 frames counted from the start of each host block, so blocks of whole
-// control blocks must sound alike.
-TEST(Render, IsTheSameForBlocksOfWholeControlBlocks) {
-    const auto render = [](int block) {
-        Player player;
-        player.Set({{kReverbOn, 1.0f}, {kDelayOn, 1.0f}, {kChorusOn, 1.0f}});
-        player.Set({{kResonatorOn + 2, 1.0f}, {kResonatorFeedback + 2, 0.9f}});
-        player.NoteOn(50);
-        player.NoteOn(57, 60);
-        return player.Render(9600, block);
-    };
-    const Stereo reference = render(480);
-    EXPECT_GT(reference.Peak(), 0.01f);
-    for (int block : {48, 96, 240})
-        EXPECT_TRUE(render(block) == reference) << block;
-}
-
 // Voices look again only at what is said to have changed. Tune, set to what it is, makes them look
 // at everything.
 TEST(Render, HearsEveryKnobWhileAKeySounds) {
