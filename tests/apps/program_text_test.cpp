@@ -98,17 +98,6 @@ TEST(ProgramFile, ReadsBlocksAndHostsFiles) {
     EXPECT_THROW(LoadProgram(folder.Path()), BadInput);
 }
 
-TEST(ProgramFile, BankRefusesAProgramUnderAnotherName) {
-    const ScratchFolder folder;
-    std::filesystem::create_directory(folder / "Bass");
-    Program program;
-    program.name = "Right";
-    SaveProgram(folder / "Bass/Right.txt", program);
-    ASSERT_EQ(LoadBank(folder.Path()).size(), 1u);
-    SaveProgram(folder / "Bass/Wrong.txt", program);
-    EXPECT_THROW(LoadBank(folder.Path()), BadInput);
-}
-
 // What is built in is what the texts say, all of it, and fit for a library on every system.
 TEST(FactoryBank, HoldsTheTexts) {
     const std::vector<BankEntry> texts = LoadBank(NORAVA_PROGRAMS);

@@ -2,10 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sndfile.h>
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -13,6 +16,9 @@
 #include "files/scratch_folder.h"
 #include "parameters/parameter_index.h"
 #include "program_text/program_file.h"
+#include "render/bad_input.h"
+#include "render/render_song.h"
+#include "render/tail.h"
 
 namespace norava {
 namespace {
@@ -21,11 +27,25 @@ using namespace test;
 using ::testing::HasSubstr;
 using ::testing::UnorderedElementsAre;
 
+constexpr int kChannels = 2;
+
 struct Answer {
     int status = -1;
     std::string out;
     std::string err;
 };
+
+struct Audio {
+    SF_INFO info{};
+    std::vector<float> samples;  // interleaved
+};
+
+float PeakOf(std::span<const float> samples) {
+    float peak = 0.0f;
+    for (const float sample : samples)
+        peak = std::max(peak, std::fabs(sample));
+    return peak;
+}
 
 class RenderProgram : public testing::Test {
   protected:
@@ -38,10 +58,108 @@ class RenderProgram : public testing::Test {
         const int status = std::system(command.c_str());
         return {WEXITSTATUS(status), logs_.Read("out"), logs_.Read("err")};
     }
+    // What is told of one song.
+    nlohmann::json Report(const Bytes& song, const std::string& options) {
+        folder_.Write("song.mid", song);
+        return nlohmann::json::parse(Run("song.mid --json --hash " + options).out)[0];
+    }
+    std::string HashOf(const Bytes& song, const std::string& options = "") {
+        return Report(song, options)["sha256"];
+    }
+    Audio Load(const std::string& name) {
+        Audio audio;
+        const std::unique_ptr<SNDFILE, decltype(&sf_close)> file(
+            sf_open(folder_.Path(name).c_str(), SFM_READ, &audio.info), sf_close);
+        audio.samples.resize(std::size_t(audio.info.frames) * kChannels);
+        if (file) sf_readf_float(file.get(), audio.samples.data(), audio.info.frames);
+        return audio;
+    }
 
     ScratchFolder folder_;
     ScratchFolder logs_;
 };
+
+TEST_F(RenderProgram, EveryKindOfFileHoldsTheSongAtItsRateAndLength) {
+    const struct {
+        const char *name, *options;
+        int rateHz, format;
+    } cases[] = {
+        {"a.wav", "--rate 48000", 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_24},
+        {"b.wav", "--rate 8000 --bits 32f", 8000, SF_FORMAT_WAV | SF_FORMAT_FLOAT},
+        {"c.flac", "--rate 44100 --bits 16", 44100, SF_FORMAT_FLAC | SF_FORMAT_PCM_16},
+        {"d.ogg", "--rate 44100", 44100, SF_FORMAT_OGG | SF_FORMAT_VORBIS},
+    };
+    for (const auto& [name, options, rateHz, format] : cases) {
+        SCOPED_TRACE(name);
+        Report(ScaleFile({60, 64}), std::string("--tail 0.25 -o ") + name + ' ' + options);
+        const Audio audio = Load(name);
+        EXPECT_EQ(audio.info.format, format);
+        EXPECT_EQ(audio.info.samplerate, rateHz);
+        ASSERT_EQ(audio.info.frames, sf_count_t(rateHz * 1.75));
+        // Half a second of rest comes before the first note.
+        const auto rest = std::size_t(rateHz) / 2 * kChannels;
+        EXPECT_LT(PeakOf(std::span(audio.samples).first(rest - 1000)), 1e-4f);
+        EXPECT_GT(PeakOf(std::span(audio.samples).subspan(rest, rest / 5)), 0.05f);
+    }
+}
+
+TEST_F(RenderProgram, ReachesTheLoudnessAskedForAsFarAsThePeakAllows) {
+    // Every string at once, at full force.
+    Bytes chord;
+    for (std::uint8_t key = 40; key < 60; ++key)
+        chord = chord + Bytes{0, 0x90, key, 127};
+    const Bytes song = OneTrackFile(chord + Bytes{96, 0xB0, 1, 0});
+    const auto clipping = Report(song, "-o a.wav");
+    EXPECT_LT(clipping["gainDb"], -6.0);
+    EXPECT_NEAR(clipping["peakDbfs"], 0.0, 1e-5);
+    const auto isFull = [](float sample) { return std::fabs(sample) > 0.9999f; };
+    EXPECT_LT(std::ranges::count_if(Load("a.wav").samples, isFull), 5);
+
+    const auto quiet = Report(song, "-o b.wav --normalize -30");
+    EXPECT_NEAR(quiet["loudnessLufs"], -30.0, 1e-6);
+    EXPECT_NEAR(20.0 * std::log10(PeakOf(Load("b.wav").samples)), quiet["peakDbfs"], 1e-2);
+
+    EXPECT_EQ(Report(song, "-o c.wav --bits 32f")["gainDb"], 0.0);
+    EXPECT_GT(PeakOf(Load("c.wav").samples), 2.0f);
+}
+
+TEST_F(RenderProgram, TheHashIsOfTheSoundAndOfNothingElse) {
+    const Bytes song = ScaleFile({60, 67});
+    const std::string hash = HashOf(song);
+    EXPECT_EQ(hash.size(), 64u);
+    EXPECT_EQ(HashOf(song, "-o a.ogg --normalize -20"), hash);
+    // Program numbers and banks of the song are left alone.
+    const Bytes choose = {0, 0xB0, 32, 3, 0, 0xC0, 5};
+    EXPECT_EQ(HashOf(Header(1, 2) + Track(choose) + Bytes(song.begin() + 14, song.end())), hash);
+    EXPECT_NE(HashOf(ScaleFile({60, 68})), hash);
+    EXPECT_NE(HashOf(song, "--set 'Str1 Decay=0.5'"), hash);
+}
+
+TEST_F(RenderProgram, TheTempoReachesTheEchoes) {
+    const std::string echoes = "--set 'Delay ON/OFF=1' --set 'Delay Tempo=1/4'";
+    const Bytes notes = {0, 0x90, 60, 100, 24, 0x80, 60, 0, 96, 0xB0, 1, 0};
+    // The same notes at the same seconds: half as many ticks at half the tempo.
+    const Bytes slow = {0, 0x90, 60, 100, 12, 0x80, 60, 0, 48, 0xB0, 1, 0};
+    const Bytes at120 = {0, 0xFF, 0x51, 3, 0x07, 0xA1, 0x20};
+    const Bytes at60 = {0, 0xFF, 0x51, 3, 0x0F, 0x42, 0x40};
+    const std::string hash = HashOf(OneTrackFile(notes), echoes);
+    EXPECT_EQ(HashOf(OneTrackFile(at120 + notes), echoes), hash);
+    EXPECT_NE(HashOf(OneTrackFile(at60 + slow), echoes), hash);
+    EXPECT_EQ(HashOf(OneTrackFile(at60 + slow)), HashOf(OneTrackFile(notes)));
+}
+
+TEST_F(RenderProgram, AFailureLeavesTheOldFileAndNothingElse) {
+    const auto song = folder_.Write("song.mid", ScaleFile({60}));
+    folder_.Write("a.wav", "old");
+    const std::atomic<bool> interrupted = true;
+    EXPECT_THROW(RenderSong(
+                     song, folder_ / "a.wav", {}, [](double) {}, interrupted),
+                 BadInput);
+    EXPECT_EQ(folder_.Read("a.wav"), "old");
+    Run("song.mid -o a.wav");
+    EXPECT_GT(folder_.Read("a.wav").size(), 1000u);
+    EXPECT_THAT(folder_.Names(), UnorderedElementsAre("song.mid", "a.wav"));
+}
 
 TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
     Bytes cut = ScaleFile({60});
@@ -126,7 +244,6 @@ TEST_F(RenderProgram, PlaysProgramsOfTheBankOrOfAFolder) {
     EXPECT_GE(bank.size(), 96u);
     EXPECT_EQ(bank[0]["category"], "Bass");
 
-    folder_.Write("song.mid", ScaleFile({60}));
     std::filesystem::create_directories(folder_ / "lib/A");
     for (const auto& [name, tune] : {std::pair{"Two 10", 0.8f}, std::pair{"Two 9", 0.2f}}) {
         Program program;
@@ -135,12 +252,14 @@ TEST_F(RenderProgram, PlaysProgramsOfTheBankOrOfAFolder) {
         SaveProgram(folder_ / ("lib/A/" + program.name + ".norava"), program);
     }
     std::filesystem::copy(folder_ / "lib/A/Two 9.norava", folder_ / "state.bin");
-    const std::string song = "song.mid --hash --quiet --tail 0 ";
-    const std::string hash = Run(song + "--state state.bin").out;
-    EXPECT_EQ(Run(song + "--library lib --program 'a/two 9'").out, hash);
-    EXPECT_EQ(Run(song + "--program 'lib/A/Two 9.norava'").out, hash);
-    EXPECT_NE(Run(song + "--library lib --program 'A/Two 10'").out, hash);
-    EXPECT_NE(Run(song + "--program 'Bass/Finger Bass'").out, hash);
+    const Bytes song = ScaleFile({60});
+    const std::string hash = HashOf(song, "--state state.bin");
+    EXPECT_EQ(HashOf(song, "--library lib --program 'a/two 9'"), hash);
+    EXPECT_EQ(HashOf(song, "--program 'lib/A/Two 9.norava'"), hash);
+    EXPECT_EQ(HashOf(song, "--set Tune=0.2"), hash);
+    EXPECT_EQ(HashOf(song, "--state state.bin --set Tune=0.5"), HashOf(song)) << "settings win";
+    EXPECT_NE(HashOf(song, "--library lib --program 'A/Two 10'"), hash);
+    EXPECT_NE(HashOf(song, "--program 'Bass/Finger Bass'"), hash);
 
     const Answer all = Run("--library lib --all-programs --hash --quiet --tail 0 -o out");
     EXPECT_EQ(std::ranges::count(all.out, '\n'), 2) << all.err;
@@ -159,6 +278,37 @@ TEST_F(RenderProgram, TellsItsParametersItsVersionAndItsOptions) {
     const Answer help = Run("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_THAT(help.out, HasSubstr("--list-parameters"));
+}
+
+TEST(Tail, EndsWhereTheLastSoundEnded) {
+    struct Part {
+        double seconds;
+        float level;
+    };
+    const struct {
+        std::optional<double> tailSeconds;
+        std::vector<Part> parts;
+        double keptSeconds;
+        bool cutShort;
+    } cases[] = {
+        {0.25, {{1.0, 0.0f}}, 0.25, false},  // to the frame
+        // The second part is the gap before an echo.
+        {std::nullopt, {{1.0, 0.5f}, {2.0, 1e-6f}, {1.0, -0.01f}, {3.0, 0.0f}}, 4.0, false},
+        {std::nullopt, {{100.0, 0.5f}}, 60.0, true},  // a minute at most
+    };
+    for (const auto& [tailSeconds, parts, keptSeconds, cutShort] : cases) {
+        Tail tail(tailSeconds, 1000.0);
+        std::vector<float> kept;
+        bool more = true;
+        for (const auto& [seconds, level] : parts) {
+            const std::vector<float> block(200, level);  // a tenth of a second
+            for (int i = 0; i < int(seconds * 10.0 + 0.5) && more; ++i)
+                more = tail.Take(block, kept);
+        }
+        EXPECT_FALSE(more);
+        EXPECT_DOUBLE_EQ(double(kept.size()) / 2.0 / 1000.0, keptSeconds);
+        EXPECT_EQ(tail.IsCutShort(), cutShort);
+    }
 }
 
 }  // namespace
