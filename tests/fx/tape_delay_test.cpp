@@ -49,21 +49,6 @@ TEST(TapeDelay, SpacesItsEchoesByOnePassAndAlternatesTheirSign) {
     }
 }
 
-TEST(TapeDelay, KeepsItsPassBetweenTwoFramesAndItsLength) {
-    const auto delayOf = [](int length, double fraction) {
-        CTapeDelay line(length, 0.0);
-        line.setDelay(fraction);
-        line.reset();  // the speed arrives at once
-        run(line, 5000, 5000);
-        const Buffer out = run(line, 3000, 0);
-        return static_cast<double>(std::ranges::max_element(out) - out.begin()) - 1.0;
-    };
-    EXPECT_NEAR(delayOf(1000, 2.0), 0.99 * 998.0 + 2.0, 1.0);
-    EXPECT_NEAR(delayOf(1000, std::nan("")), 501.0, 1.0);
-    EXPECT_NEAR(delayOf(1000, -1.0), 5.0, 1.0);  // the tape runs at most 0.2 passes a frame
-    EXPECT_NEAR(delayOf(2, 0.99), 4.0, 1.0);
-}
-
 TEST(TapeDelay, BendsThePitchWithItsWow) {
     // At the fastest of the wow, a depth of 1 halves the delay.
     CTapeDelay line(1000, 0.0);
