@@ -29,8 +29,6 @@ SYSTEM_ONLY_IN = {
     re.compile(r"^(X11|xcb|wayland)"): {"gui/platform"},
     re.compile(r"^(windows\.h|Cocoa|AppKit)"): {"gui/platform", "files"},
 }
-# Drawings and other text of assets/ that a source takes in as data.
-ASSET_TEXT = re.compile(r"\.art$")
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*([<"])([^>"]+)[>"]')
 
 
@@ -58,22 +56,16 @@ def breaches(files):
             if match is None:
                 continue
             kind, target = match.groups()
-            if kind == "<":
-                for pattern, rooms in SYSTEM_ONLY_IN.items():
-                    if pattern.match(target) and room not in rooms:
-                        yield path, number, f"{room} includes <{target}>"
-                continue
-            if target.startswith("../") or "/../" in target:
-                yield path, number, f'"{target}" climbs out of its folder'
-                continue
-            if ASSET_TEXT.search(target):
-                continue
             # A program includes its own files by their place in apps/.
             target_room = "apps" if f"apps/{target}" in files else room_of(target)
-            if target_room is None and not target.endswith(".h"):
-                continue  # data of assets/, taken in as text
-            if target_room is None:
-                yield path, number, f'"{target}" is not named room/file.h'
+            if kind == "<":
+                if any(pattern.match(target) and room not in rooms for pattern, rooms in SYSTEM_ONLY_IN.items()):
+                    yield path, number, f"{room} includes <{target}>"
+            elif "../" in target:
+                yield path, number, f'"{target}" climbs out of its folder'
+            elif target_room is None:
+                if target.endswith(".h"):  # else data of assets/, taken in as text
+                    yield path, number, f'"{target}" is not named room/file.h'
             elif target_room != room and target_room not in ARROWS[room]:
                 yield path, number, f"{room} includes {target_room} ({target})"
 
