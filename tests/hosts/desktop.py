@@ -66,16 +66,13 @@ class Picture:
         def chunk(kind, body):
             return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
 
-        rows = bytearray()
-        for y in range(self.height):
-            row = self.data[4 * self.width * y:][:4 * self.width]
-            rgb = bytearray(3 * self.width)
-            rgb[0::3], rgb[1::3], rgb[2::3] = row[2::4], row[1::4], row[0::4]
-            rows += b"\0" + rgb
+        rgb = bytearray(3 * self.width * self.height)
+        rgb[0::3], rgb[1::3], rgb[2::3] = self.data[2::4], self.data[1::4], self.data[0::4]
+        rows = b"".join(b"\0" + rgb[y:y + 3 * self.width] for y in range(0, len(rgb), 3 * self.width))
         header = struct.pack(">IIBBBBB", self.width, self.height, 8, 2, 0, 0, 0)
         with open(path, "wb") as file:
             file.write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header))
-            file.write(chunk(b"IDAT", zlib.compress(bytes(rows), 9)) + chunk(b"IEND", b""))
+            file.write(chunk(b"IDAT", zlib.compress(rows, 9)) + chunk(b"IEND", b""))
 
 
 class Desktop:
@@ -174,10 +171,9 @@ class Desktop:
         self.tell(window, "_NET_ACTIVE_WINDOW", 2)
         wait("a window in front", lambda: window.id in (self.property(self.root, "_NET_ACTIVE_WINDOW") or []))
 
-    def put(self, window, x, y, width=None, height=None):
-        """Moves the window's inside there."""
-        window.configure(**{key: value for key, value in
-                            (("x", x), ("y", y), ("width", width), ("height", height)) if value is not None})
+    def put(self, window, x, y, **size):
+        """Moves the window's inside there, and gives it a size."""
+        window.configure(x=x, y=y, **size)
         self.display.sync()
         time.sleep(0.5)
 
@@ -200,20 +196,19 @@ class Desktop:
         wait(step, settled)
         return last
 
-    def move(self, x, y):
-        xtest.fake_input(self.display, X.MotionNotify, x=x, y=y)
+    def fake(self, *event, **place):
+        xtest.fake_input(self.display, *event, **place)
         self.display.sync()
         time.sleep(0.05)
+
+    def move(self, x, y):
+        self.fake(X.MotionNotify, x=x, y=y)
 
     def move_by(self, x, y):
-        xtest.fake_input(self.display, X.MotionNotify, detail=True, x=x, y=y)
-        self.display.sync()
-        time.sleep(0.05)
+        self.fake(X.MotionNotify, True, x=x, y=y)
 
     def button(self, number, down):
-        xtest.fake_input(self.display, X.ButtonPress if down else X.ButtonRelease, number)
-        self.display.sync()
-        time.sleep(0.05)
+        self.fake(X.ButtonPress if down else X.ButtonRelease, number)
 
     def click(self, x, y, button=1, times=1):
         self.move(x, y)
@@ -226,8 +221,6 @@ class Desktop:
         for name in names:
             codes = [self.display.keysym_to_keycode(XK.string_to_keysym(part)) for part in name.split("+")]
             for code in codes:
-                xtest.fake_input(self.display, X.KeyPress, code)
+                self.fake(X.KeyPress, code)
             for code in reversed(codes):
-                xtest.fake_input(self.display, X.KeyRelease, code)
-            self.display.sync()
-            time.sleep(0.1)
+                self.fake(X.KeyRelease, code)

@@ -11,10 +11,9 @@ import re
 import socket
 import struct
 import subprocess
-import sys
 
-from desktop import Desktop, StepFailed, check, wait
-from panel_steps import Panel, value_in_state
+from desktop import StepFailed, check, wait
+from panel_steps import Panel, first_session, run, second_session
 
 CONFIG = """<?xml version="1.0" encoding="UTF-8"?>
 <Ardour>
@@ -157,45 +156,17 @@ def export(work):
     raise StepFailed("the export aborts each time")
 
 
-def main():
-    work = sys.argv[1]
+def main(work, picture):
+    def start(desktop):
+        return Ardour(desktop, work)
+
     untouched = export(work)
-    with Desktop(work) as desktop:
-        ardour = Ardour(desktop, work)
-        first = ardour.value()
-        panel = ardour.open_panel()
-        shown = panel.drag()
-        value = ardour.value()
-        check("the parameter moved in Ardour", value > first + 0.05, f"{first:.3f} to {value:.3f}")
-        desktop.still_picture("a picture", 40, 10, 1400, 800).save(sys.argv[2])
-        panel.zoom(shown)
-        panel.close()
-        state = ardour.save()
-        check("the session holds the value", abs(value_in_state(state) - value) < 1e-6)
-        ardour.quit()
+    saved = first_session(work, start, picture)
     sound = export(work)
     check("the session sounds different", sound != untouched)
-
-    with Desktop(work) as desktop:
-        ardour = Ardour(desktop, work)
-        check("Ardour has the value again", abs(ardour.value() - value) < 1e-6, ardour.value())
-        panel = ardour.open_panel()
-        check("the panel looks the same", not shown.differing(panel.look("the panel is painted again")))
-        check("the state is the same", ardour.save() == state)
-        # A window that is closed in the middle of a drag.
-        panel.begin_drag(steps=6, by=4)
-        panel.close()
-        desktop.button(1, False)
-        closed = ardour.value()
-        check("the drag counted until then", 0 < closed < value, f"{closed:.3f}")
-        again = ardour.open_panel().look("the panel once more")
-        check("and shows in the window opened again", shown.differing(again))
+    second_session(work, start, *saved)
     check("the same sound", export(work) == sound, sound)
-    print("all done")
 
 
 if __name__ == "__main__":
-    try:
-        main()
-    except StepFailed as failure:
-        sys.exit(f"step failed: {failure}")
+    run(main)

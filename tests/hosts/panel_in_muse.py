@@ -9,11 +9,10 @@ import glob
 import os
 import re
 import shutil
-import sys
 import zlib
 
-from desktop import Desktop, StepFailed, check, wait
-from panel_steps import RELEASE, Panel, value_in_state
+from desktop import StepFailed, check, wait
+from panel_steps import RELEASE, Panel, first_session, run, second_session
 
 FIRST_CONTROLLER = 0x9000  # what MusE counts a plug-in's parameters from
 TEMPLATE = "/usr/share/muse/templates/default.med"
@@ -30,7 +29,7 @@ class Muse:
         desktop.tell(tip, "_NET_CLOSE_WINDOW")
         wait("the tip goes", lambda: not desktop.window("Did you know"))
         desktop.bring_up(self.main)
-        desktop.put(self.main, 60, 40, 1440, 900)
+        desktop.put(self.main, 60, 40, width=1440, height=900)
 
     def past_questions(self):
         question = self.desktop.window("Instrument initialization")
@@ -84,26 +83,32 @@ class Muse:
                 break
             except StepFailed:
                 continue
-        check("the panel's window opens", window is not None)
+        check("the panel's window opens", window)
         self.desktop.bring_up(window)
         self.desktop.put(window, 660, 100)
         return Panel(self.desktop, window, (1200, 970))
 
     def save(self):
-        """Saves; returns the instrument's state and the parameter's value from the song."""
+        """Saves; returns the instrument's state from the song."""
         before = os.stat(self.song).st_mtime_ns
         self.desktop.bring_up(self.main)
         self.desktop.keys("Control_L+s")
         wait("the song is saved", lambda: os.stat(self.song).st_mtime_ns != before)
-        content = wait("the whole song", lambda: self.whole_song())
-        packed = base64.b64decode(re.search(r"<customData>([^<]*)</customData>", content).group(1))
-        value = re.search(rf'<controller id="{FIRST_CONTROLLER + RELEASE}" cur="([^"]*)"', content).group(1)
-        return zlib.decompress(packed[4:]), float(value)
+        packed = base64.b64decode(re.search(r"<customData>([^<]*)</customData>", self.whole_song()).group(1))
+        return zlib.decompress(packed[4:])
+
+    def value(self):
+        self.save()
+        pattern = rf'<controller id="{FIRST_CONTROLLER + RELEASE}" cur="([^"]*)"'
+        return float(re.search(pattern, self.whole_song()).group(1))
 
     def whole_song(self):
-        with open(self.song, encoding="utf-8") as file:
-            content = file.read()
-        return content if content.rstrip().endswith("</muse>") else None
+        def read():
+            with open(self.song, encoding="utf-8") as file:
+                content = file.read()
+            return content if content.rstrip().endswith("</muse>") else None
+
+        return wait("the whole song", read)
 
     def quit(self):
         self.desktop.tell(self.main, "_NET_CLOSE_WINDOW")
@@ -122,48 +127,25 @@ def start_sound(desktop):
     check("the JACK server runs", server.poll() is None)
 
 
-def main():
-    work = sys.argv[1]
+def main(work, picture):
     song = os.path.join(work, "song.med")
     shutil.copy(TEMPLATE, song)
-    with Desktop(work) as desktop:
+
+    def start(desktop):
         start_sound(desktop)
-        muse = Muse(desktop, song)
+        return Muse(desktop, song)
+
+    def start_new(desktop):
+        muse = start(desktop)
         muse.add_instrument()
-        first = muse.save()[1]
-        panel = muse.open_panel()
-        shown = panel.drag()
-        state, value = muse.save()
-        check("the parameter moved in MusE", value > first + 0.05, f"{first:.3f} to {value:.3f}")
-        check("the song's state holds it too", abs(value_in_state(state) - value) < 1e-4)
-        desktop.bring_up(panel.host_window)
-        desktop.still_picture("a picture", 40, 10, 1480, 940).save(sys.argv[2])
-        panel.zoom(shown)
-        panel.close()
-        muse.save()
-        muse.quit()
+        return muse
 
-    with Desktop(work) as desktop:
-        start_sound(desktop)
-        muse = Muse(desktop, song)
-        panel = muse.open_panel()
-        check("the panel looks the same", not shown.differing(panel.look("the panel is painted again")))
-        check("state and value are the same", muse.save() == (state, value))
-        # A window that is closed in the middle of a drag.
-        desktop.bring_up(panel.host_window)
-        panel.begin_drag(steps=6, by=4)
-        panel.close()
-        desktop.button(1, False)
-        closed = muse.save()[1]
-        check("a drag counted until its window was closed", 0 < closed < value, f"{closed:.3f}")
-    print("all done")
-
-
-if __name__ == "__main__":
     try:
-        main()
-    except StepFailed as failure:
-        sys.exit(f"step failed: {failure}")
+        second_session(work, start, *first_session(work, start_new, picture))
     finally:
         for left in glob.glob(f"/dev/shm/jack*{server_name()}*"):
             os.unlink(left)
+
+
+if __name__ == "__main__":
+    run(main)

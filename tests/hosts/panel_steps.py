@@ -1,8 +1,9 @@
 """What is done to the panel in every host: a look at it, a drag of a knob, a change of its size."""
 
 import struct
+import sys
 
-from desktop import PANEL, check, wait
+from desktop import PANEL, Desktop, StepFailed, check, wait
 
 RELEASE = 5  # "Amp Release"
 ON_RELEASE = (647, 308)
@@ -71,3 +72,51 @@ class Panel:
     def close(self):
         self.desktop.tell(self.host_window, "_NET_CLOSE_WINDOW")
         wait("the panel's window is closed", lambda: self.host_window not in self.desktop.windows().values())
+
+
+def first_session(work, start, picture):
+    """Turns the knob in the session that start(desktop) opens, and saves it: panel, value and state as they were then.
+
+    What start returns has value() (the host's own idea of the parameter), open_panel(), save() (the state) and quit()."""
+    with Desktop(work) as desktop:
+        host = start(desktop)
+        first = host.value()
+        panel = host.open_panel()
+        shown = panel.drag()
+        value = host.value()
+        check("the parameter moved in the host", value > first + 0.05, f"{first:.3f} to {value:.3f}")
+        desktop.bring_up(panel.host_window)
+        desktop.still_picture("a picture", 40, 10, 1480, 940).save(picture)
+        panel.zoom(shown)
+        panel.close()
+        state = host.save()
+        check("the saved state holds the value", abs(value_in_state(state) - value) < 1e-4)
+        host.quit()
+    return shown, value, state
+
+
+def second_session(work, start, shown, value, state):
+    """The saved session again."""
+    with Desktop(work) as desktop:
+        host = start(desktop)
+        check("the host has the value again", abs(host.value() - value) < 1e-6, host.value())
+        panel = host.open_panel()
+        check("the panel looks the same", not shown.differing(panel.look("the panel is painted again")))
+        check("the state is the same", host.save() == state)
+        # A window that is closed in the middle of a drag.
+        desktop.bring_up(panel.host_window)
+        panel.begin_drag(steps=6, by=4)
+        panel.close()
+        desktop.button(1, False)
+        closed = host.value()
+        check("the drag counted until then", 0 < closed < value, f"{closed:.3f}")
+        again = host.open_panel().look("the panel once more")
+        check("and shows in the window opened again", shown.differing(again))
+
+
+def run(main):
+    try:
+        main(*sys.argv[1:])
+    except StepFailed as failure:
+        sys.exit(f"step failed: {failure}")
+    print("all done")
