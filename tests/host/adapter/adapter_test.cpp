@@ -5,6 +5,8 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <latch>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -158,6 +160,7 @@ struct FakeHost {
     std::vector<std::string> calls;
     VstTimeInfo tempoInfo{};
     VstTimeInfo positionInfo{};
+    bool canResize = false;
 };
 FakeHost* fakeHost = nullptr;
 
@@ -175,6 +178,10 @@ iptr HostAnswer(AEffect* effect, i32 opcode, i32 index, iptr value, void* ptr, f
                 value == kVstTempoValid ? fakeHost->tempoInfo : fakeHost->positionInfo;
             return info.flags != 0 ? reinterpret_cast<iptr>(&info) : 0;
         }
+        case audioMasterCanDo:
+            return fakeHost->canResize && std::string_view("sizeWindow") == static_cast<char*>(ptr);
+        case audioMasterSizeWindow:
+            return index == 1710 && value == 1064;
         default:
             // Hosts call back from inside their answer.
             if (effect != nullptr) effect->getParameter(effect, 0);
@@ -312,6 +319,10 @@ TEST_F(AdapterTest, ShowsThePanel) {
     Dispatch(effEditClose);
     EXPECT_THAT(TakeLog(), ElementsAre("open", "close", "open", "idle", "key 97 9", "key 0 0",
                                        "key 0 0", "key 0 0", "close"));
+    EXPECT_FALSE(definition.editor->wrapper->ResizeEditor(1710, 1064)) << "nobody was asked";
+    host.canResize = true;
+    EXPECT_TRUE(definition.editor->wrapper->ResizeEditor(1710, 1064));
+    EXPECT_FALSE(definition.editor->wrapper->ResizeEditor(20000, 20000));
     definition.editor->canOpen = false;
     EXPECT_EQ(Dispatch(effEditOpen, 0, 0, this), 0);
 }
@@ -330,13 +341,23 @@ TEST_F(AdapterTest, ReportsEditsOfExistingParametersOnly) {
 // A host that asks on ever new threads: each reads what it was given.
 TEST_F(AdapterTest, HandsChunksToAnyNumberOfThreads) {
     Open();
-    for (int i = 0; i < 80; ++i) {
-        std::thread([&] {
-            void* data = nullptr;
-            ASSERT_EQ(Dispatch(effGetChunk, 0, 0, static_cast<void*>(&data)), 5);
-            EXPECT_EQ(std::memcmp(data, "state", 5), 0);
-        }).join();
+    constexpr int kThreads = 80;
+    std::mutex oneAtATime;
+    std::latch allHaveRead(kThreads);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back([&] {
+            {
+                const std::lock_guard lock(oneAtATime);
+                void* data = nullptr;
+                EXPECT_EQ(Dispatch(effGetChunk, 0, 0, static_cast<void*>(&data)), 5);
+                EXPECT_EQ(std::memcmp(data, "state", 5), 0);
+            }
+            allHaveRead.arrive_and_wait();  // an ended thread's number would be given out again
+        });
     }
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 TEST_F(AdapterTest, ResetsOnSuspendResumeAndNewRates) {
