@@ -28,8 +28,8 @@ enum class EntryKind {
 
 // Positions from the file's start, in 64 bits on every system.
 [[nodiscard]] bool Seek(std::FILE* file, int64_t offset);
-[[nodiscard]] int64_t SizeOf(
-    std::FILE* file);  // negative on failure; the position becomes the start
+// Of a file that was opened for reading and stands at its start; negative on failure.
+[[nodiscard]] int64_t SizeOf(std::FILE* file);
 
 // Makes one folder whose parent exists. True also when the folder is there already.
 [[nodiscard]] bool MakeFolder(const char* path);

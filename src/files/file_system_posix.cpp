@@ -27,14 +27,12 @@ std::FILE* OpenRegularFile(const char* path, int flags, const char* mode) {
     const int descriptor = open(path, flags | O_NONBLOCK | O_CLOEXEC | O_NOCTTY, 0666);
     if (descriptor < 0) return nullptr;
     struct stat status {};
-    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
-        const bool writes = (flags & O_ACCMODE) != O_RDONLY;
-        if (!writes || ftruncate(descriptor, 0) == 0) {
-            if (std::FILE* file = fdopen(descriptor, mode)) return file;
-        }
-    }
-    close(descriptor);
-    return nullptr;
+    const bool isRegular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    const bool reads = (flags & O_ACCMODE) == O_RDONLY;
+    const bool isReady = isRegular && (reads || ftruncate(descriptor, 0) == 0);
+    std::FILE* const file = isReady ? fdopen(descriptor, mode) : nullptr;
+    if (file == nullptr) close(descriptor);
+    return file;
 }
 
 // Most file systems tell the kind with the name; links and the others cost one more question.
@@ -64,9 +62,8 @@ bool Seek(std::FILE* file, int64_t offset) {
 }
 
 int64_t SizeOf(std::FILE* file) {
-    if (fseeko(file, 0, SEEK_END) != 0) return -1;
-    const int64_t size = ftello(file);
-    return Seek(file, 0) ? size : -1;
+    struct stat status {};
+    return fstat(fileno(file), &status) == 0 ? status.st_size : -1;
 }
 
 bool MakeFolder(const char* path) {

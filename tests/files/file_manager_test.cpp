@@ -63,6 +63,9 @@ TEST(TextBuffer, CutsBetweenCharacters) {
     EXPECT_STREQ(buffer, "abc");
     EXPECT_FALSE(CopyText(buffer, sizeof buffer, "\xF0\x9F\x8E\xB8!"));
     EXPECT_STREQ(buffer, "\xF0\x9F\x8E\xB8");
+    EXPECT_FALSE(CopyText(buffer, 0, "x"));
+    EXPECT_FALSE(CopyText(buffer, sizeof buffer, "\x80\x80\x80\x80\x80\x80"));
+    EXPECT_STREQ(buffer, "");
 }
 
 TEST(FileManager, ReadsBothByteOrders) {
@@ -213,7 +216,11 @@ TEST(ReplaceFile, KeepsLinkAndPermissions) {
     struct stat status {};
     ASSERT_EQ(stat(folder.Path("real").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0640u);
-    EXPECT_TRUE(file_system::ReplaceFile(folder.Path("fresh").c_str(), "", 0));
+    const auto workingFolder = std::filesystem::current_path();
+    std::filesystem::current_path(folder.Path());
+    EXPECT_TRUE(file_system::ReplaceFile("fresh", "", 0)) << "a name alone";
+    std::filesystem::current_path(workingFolder);
+    EXPECT_EQ(folder.Read("fresh"), "");
     EXPECT_FALSE(file_system::ReplaceFile(folder.Path().c_str(), "x", 1)) << "a folder";
     EXPECT_FALSE(file_system::ReplaceFile(folder.Path("none/x").c_str(), "x", 1));
     ASSERT_EQ(symlink("unmounted/x", folder.Path("dangling").c_str()), 0);
