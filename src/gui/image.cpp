@@ -102,10 +102,10 @@ bool CImage::LoadFromMemory(std::span<const uint8_t> file, const char* path) {
     return Load(source, path);
 }
 
-// Empty before, so that changing the scale allocates nothing.
 bool CImage::Allocate(CSize newSize, int scale) {
     Destroy();
-    return SetSclFactor(scale) && SetSize(newSize);
+    (void)SetSclFactor(scale);  // nothing is allocated for an empty picture
+    return SetSize(newSize);
 }
 
 bool CImage::LoadPacked(std::span<const uint8_t> packed, const char* path) {

@@ -80,6 +80,23 @@ TEST(PackedPicture, SurvivesDamage) {
     EXPECT_TRUE(image.LoadPacked(good, "good")) << "usable after all that";
 }
 
+// Scale, alpha, width and height that are none; and more pixels than memory should be risked for.
+TEST(PackedPicture, DoesNotBelieveClaims) {
+    const Sample sample = MakeSample({12, 18}, 2, true);
+    std::vector<uint8_t> good = PackPicture(sample.picture, sample.words);
+    good.resize(good.size() + 1000);
+    CImage image;
+    EXPECT_TRUE(image.LoadPacked(good, "good"));
+    EXPECT_FALSE(image.LoadPacked(good, nullptr));
+    const std::vector<uint8_t> claims[] = {
+        {0}, {5}, {2, 2}, {2, 1, 0, 0}, {2, 1, 12, 0, 0, 0}, {4, 1, 255, 255, 100, 0}};
+    for (const std::vector<uint8_t>& claim : claims) {
+        std::vector<uint8_t> bad = good;
+        std::ranges::copy(claim, bad.begin() + 2);
+        EXPECT_FALSE(image.LoadPacked(bad, "bad")) << claim.size();
+    }
+}
+
 TEST(PackedPicture, KeepsItsDetailAtItsScale) {
     const Sample sample = MakeSample({6, 5}, 2, false);
     CImage image;
