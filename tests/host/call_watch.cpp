@@ -10,12 +10,6 @@
 #include <cerrno>
 #include <cstddef>
 
-#ifndef PR_SET_SYSCALL_USER_DISPATCH
-#define PR_SET_SYSCALL_USER_DISPATCH 59
-#define PR_SYS_DISPATCH_OFF 0
-#define PR_SYS_DISPATCH_ON 1
-#endif
-
 namespace {
 
 thread_local bool counting = false;

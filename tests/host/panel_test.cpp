@@ -2,7 +2,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
 #include <set>
 #include <thread>
 
@@ -25,10 +30,11 @@ class PanelTest : public testing::Test {
         instance = std::make_unique<VstInstance>(48000.0f);
         parent = desktop->MakeWindow({0, 0, 1000, 700});
     }
-    bool Open() {
-        return instance->Dispatch(vst::effEditOpen, 0, 0,
-                                  reinterpret_cast<void*>(std::uintptr_t{parent})) == 1;
+    static bool Open(VstInstance& one, xcb_window_t window) {
+        return one.Dispatch(vst::effEditOpen, 0, 0,
+                            reinterpret_cast<void*>(std::uintptr_t{window})) == 1;
     }
+    bool Open() { return Open(*instance, parent); }
     template <typename Condition>
     bool Idle(const Condition& until) {
         for (int i = 0; i < 400 && !until(); ++i) {
@@ -46,7 +52,7 @@ class PanelTest : public testing::Test {
         return Open() && Idle([this] { return IsShown(); });
     }
 
-    test::Server server{{"-screen", "0", "1024x768x24"}};
+    test::Server server{{"-screen", "0", "1280x768x24"}};
     std::unique_ptr<test::Desktop> desktop;
     std::unique_ptr<VstInstance> instance;
     xcb_window_t parent = 0;
@@ -119,8 +125,7 @@ TEST_F(PanelTest, PanelsOfSeveralInstancesKeepApart) {
     ASSERT_TRUE(Open());
     VstInstance other;
     const xcb_window_t below = desktop->MakeWindow({0, 540, 855, 220});
-    ASSERT_EQ(
-        other.Dispatch(vst::effEditOpen, 0, 0, reinterpret_cast<void*>(std::uintptr_t{below})), 1);
+    ASSERT_TRUE(Open(other, below));
     const auto idleUntil = [&](const auto& condition) {
         return Idle([&] {
             other.Dispatch(vst::effEditIdle);
@@ -164,6 +169,85 @@ TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
     EXPECT_TRUE(IsFinite(instance->Render(4800)));
     instance.reset();  // effClose with whatever is left of the panel
     EXPECT_EQ(brokenPipeHandler(), before) << "the signal of a lost server is the host's";
+}
+
+class Storm : public PanelTest {
+  protected:
+    void SetUp() override {
+        root = UseProgramFolder("storm");
+        PanelTest::SetUp();
+    }
+    ~Storm() override { UseProgramFolder("empty"); }
+
+    std::string root;
+};
+
+// Everything that a session does: two instances play on two threads while others automate, load and
+// save states, put program files into the library and take them away, and a user who cannot sit
+// still works both panels. The thread checker is who looks on. NORAVA_STORM_SECONDS tells for how
+// long.
+TEST_F(Storm, EverythingAtOnce) {
+    namespace fs = std::filesystem;
+    constexpr xcb_keysym_t kEscape = 0xff1b;
+    VstInstance other(44100.0f);
+    const xcb_window_t windows[] = {parent, desktop->MakeWindow({300, 0, 855, 532})};
+    VstInstance* const instances[] = {instance.get(), &other};
+    const std::vector<char> state = other.Chunk();
+    std::atomic<bool> done = false;
+    std::vector<std::thread> threads;
+    const auto run = [&](auto step) {
+        threads.emplace_back([&done, step] {
+            for (int i = 0; !done; ++i)
+                step(i);
+        });
+    };
+    for (VstInstance* const one : instances) {
+        one->forgetsReports = true;
+        run([one](int i) {
+            const auto number = static_cast<unsigned char>(i % 128);
+            one->Send({{i % 64, {0xB0, 32, static_cast<unsigned char>(i % 5)}},
+                       {i % 64, {0xC0, number, 0}},
+                       {0, {0x90, number, 100}},
+                       {40, {0xB0, number, number}}});
+            ASSERT_TRUE(IsFinite(one->Render(256)));
+        });
+        run([one](int i) {
+            one->Set(i % VstInstance::kParams, static_cast<float>(i % 11) / 10.0f);
+        });
+        run([one](int i) {
+            one->LoadChunk(one->Chunk());
+            one->Text(vst::effGetParamDisplay, i % VstInstance::kParams, 32);
+            one->SetProgramName(one->ProgramName() + std::to_string(i % 10));
+        });
+    }
+    run([&](int i) {
+        const std::string category = root + "/Category " + std::to_string(i % 5);
+        const std::string file = category + "/" + std::to_string(i % 11) + ".norava";
+        std::error_code ignored;
+        fs::create_directories(category, ignored);
+        std::ofstream(file, std::ios::binary).write(state.data(), VstInstance::kChunkSize);
+        if (i % 3 == 0) fs::rename(file, category + "/renamed.norava", ignored);
+        if (i % 17 == 0) fs::remove_all(category, ignored);
+        usleep(2000);
+    });
+    std::mt19937 user(1);
+    const auto below = [&](int end) { return std::uniform_int_distribution(0, end - 1)(user); };
+    const char* const seconds = std::getenv("NORAVA_STORM_SECONDS");
+    const auto end = std::chrono::steady_clock::now() +
+                     std::chrono::seconds(seconds != nullptr ? std::stoi(seconds) : 2);
+    for (int i = 0; std::chrono::steady_clock::now() < end; ++i) {
+        for (std::size_t n = 0; n < 2; ++n) {
+            if (i % 200 == 0) instances[n]->Dispatch(vst::effEditClose);
+            if (i % 50 == 0) Open(*instances[n], windows[n]);
+            instances[n]->Dispatch(vst::effEditIdle);
+        }
+        desktop->MoveMouse({below(1000), below(532)});
+        if (i % 3 == 0) desktop->Click(static_cast<uint8_t>(1 + below(5)));
+        if (i % 7 == 0) desktop->Type(kEscape);
+    }
+    done = true;
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 }  // namespace

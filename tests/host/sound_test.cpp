@@ -46,6 +46,25 @@ TEST(ModuleSound, TakesEventsAtTheBlocksBorders) {
     EXPECT_TRUE(plain.Render(500) == borders.Render(500));
 }
 
+TEST(ModuleSound, TakesEventsInAnyShape) {
+    VstInstance instance(44100.0f);
+    EXPECT_EQ(instance.Dispatch(vst::effProcessEvents, 0, 0, nullptr), 1);
+    vst::VstMidiEvent foreign{};
+    foreign.type = 6;
+    foreign.midiData[0] = 0x90;
+    foreign.midiData[2] = 100;
+    vst::VstEvents events{2, 0, {nullptr, reinterpret_cast<vst::VstEvent*>(&foreign)}};
+    for (const int count : {2, 0, -3}) {
+        events.numEvents = count;
+        EXPECT_EQ(instance.Dispatch(vst::effProcessEvents, 0, 0, &events), 1);
+    }
+    EXPECT_EQ(Peak(instance.Render(512)), 0.0f);
+    // Unsorted, and more than one call a block.
+    for (const int position : {400, 100, 2000000000, -2000000000, 300})
+        instance.Note(60, 100, position);
+    EXPECT_GT(Peak(instance.Render(512)), 0.0f);
+}
+
 TEST(ModuleSound, WorksInBlocksOfEverySize) {
     VstInstance instance(44100.0f);
     constexpr std::size_t kLargest = 8192;

@@ -2,20 +2,90 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <array>
+#include <clocale>
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
+#include <vector>
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
 
 #include "host/vst_host.h"
 
-// The world that an instrument meets: hosts with habits of their own, machines that have run out of
-// something.
+// The process, the loader and the machine that an instrument meets. What belongs to them it leaves
+// as it finds it, whatever it is.
 
 namespace norava {
 namespace {
 
 namespace fs = std::filesystem;
+
+std::vector<void (*)(int)> SignalHandlers() {
+    std::vector<void (*)(int)> handlers;
+    for (int number = 1; number < 32; ++number) {
+        struct sigaction action {};
+        sigaction(number, nullptr, &action);
+        handlers.push_back(action.sa_handler);
+    }
+    return handlers;
+}
+
+TEST(ModuleEnvironment, KeepsSignalsLocaleAndFolder) {
+    ASSERT_NE(std::setlocale(LC_ALL, "C.UTF-8"), nullptr);  // "C" would hide a change to it
+    const auto folder = fs::current_path();
+    const auto handlers = SignalHandlers();
+    {
+        VstInstance instance(44100.0f);
+        instance.SwitchEffectsOn();
+        instance.Note(60);
+        instance.Render(5000);
+        instance.LoadChunk(instance.Chunk());
+        for (int i = 0; i < VstInstance::kParams; ++i)
+            instance.Text(vst::effGetParamDisplay, i, 32);
+    }
+    EXPECT_EQ(SignalHandlers(), handlers);
+    EXPECT_EQ(fs::current_path(), folder);
+    EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C.UTF-8");
+    std::setlocale(LC_ALL, "C");
+}
+
+// A signal that this thread does not take now is nobody's until it does.
+TEST(ModuleEnvironment, LeavesSignalsToTheHostsThreads) {
+    VstInstance instance;
+    sigset_t signals, before, waiting;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &signals, &before);
+    auto* const handler = std::signal(SIGUSR1, [](int) {});
+    kill(getpid(), SIGUSR1);
+    sigpending(&waiting);
+    EXPECT_EQ(sigismember(&waiting, SIGUSR1), 1) << "a signal went to a thread of ours";
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    std::signal(SIGUSR1, handler);
+}
+
+#if defined(__SSE__)
+TEST(ModuleEnvironment, KeepsTheFloatingPointMode) {
+    const unsigned before = _mm_getcsr();
+    std::vector<VstInstance::Stereo> sounds;
+    for (const unsigned flushed : {0u, 0x8000u, 0x8040u}) {
+        _mm_setcsr((before & ~0x8040u) | flushed);
+        const unsigned host = _mm_getcsr();
+        VstInstance instance(44100.0f);
+        instance.Note(60);
+        sounds.push_back(instance.Render(44100));
+        EXPECT_EQ(_mm_getcsr(), host);
+        EXPECT_TRUE(sounds.back() == sounds.front()) << "sounds otherwise in another mode";
+    }
+    _mm_setcsr(before);
+}
+#endif
 
 struct Held {
     long kilobytes = 0;
@@ -94,6 +164,33 @@ TEST(World, NeedsNoFileHandle) {
     UseProgramFolder("empty");
 }
 #endif
+
+std::string Output(const std::string& command) {
+    std::string output;
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+    std::array<char, 4096> piece;
+    while (pipe != nullptr && std::fgets(piece.data(), piece.size(), pipe.get()) != nullptr)
+        output += piece.data();
+    return output;
+}
+
+const std::string kModule = NORAVA_MODULE_PATH;
+
+TEST(ModuleFile, ShowsItsEntryAndNothingElse) {
+    EXPECT_EQ(Output("nm -D --defined-only --format=posix " + kModule + " | cut -d' ' -f1,2"),
+              "VSTPluginMain T\n");
+}
+
+TEST(ModuleFile, NeedsNothingButTheCLibraryAndNoPatches) {
+    const std::string needed = "readelf -d " + kModule + " | grep NEEDED";
+    EXPECT_NE(Output(needed), "");
+#ifndef NORAVA_SANITIZED
+    // The loader belongs to the C library: it hands out thread-local memory.
+    EXPECT_EQ(Output(needed + " | grep -vE '.(libc.so.6|libm.so.6|ld-linux-.*)]'"), "");
+#endif
+    EXPECT_EQ(Output("readelf -d " + kModule + " | grep -E 'TEXTREL|RPATH|RUNPATH'"), "");
+    EXPECT_NE(Output("readelf -lW " + kModule + " | grep 'GNU_STACK.* RW '"), "");
+}
 
 }  // namespace
 }  // namespace norava
