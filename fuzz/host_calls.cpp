@@ -79,23 +79,17 @@ class Host {
         if (opcode == vst::audioMasterVersion) return vst::kVstVersion;
         if (effect == nullptr || effect->resvd1 == 0) return 0;
         auto* const host = reinterpret_cast<Host*>(effect->resvd1);
-        switch (opcode) {
-            case vst::audioMasterGetTime:
-                return host->knowsTime_ ? reinterpret_cast<vst::iptr>(&host->time_) : 0;
-            case vst::audioMasterCanDo:
-                return ptr != nullptr;
-            case vst::audioMasterSizeWindow:
-                return host->resizes_;
-            case vst::audioMasterAutomate:
-            case vst::audioMasterBeginEdit:
-            case vst::audioMasterEndEdit:
-                Require(index >= 0 && index < effect->numParams, "the host knows the parameter");
-                // As hosts do, from inside: asks back.
-                (void)effect->getParameter(effect, index);
-                return 0;
-            default:
-                return 0;
+        if (opcode == vst::audioMasterGetTime && host->knowsTime_)
+            return reinterpret_cast<vst::iptr>(&host->time_);
+        if (opcode == vst::audioMasterCanDo) return ptr != nullptr;
+        if (opcode == vst::audioMasterSizeWindow) return host->resizes_;
+        if (opcode == vst::audioMasterAutomate || opcode == vst::audioMasterBeginEdit ||
+            opcode == vst::audioMasterEndEdit) {
+            Require(index >= 0 && index < effect->numParams, "the host knows the parameter");
+            // As hosts do, from inside: asks back.
+            (void)effect->getParameter(effect, index);
         }
+        return 0;
     }
 
     vst::iptr Dispatch(vst::i32 opcode, vst::i32 index = 0, vst::iptr value = 0,
@@ -242,18 +236,17 @@ class Host {
         return chunk;
     }
 
-    void LoadChunk() {
-        const std::vector<char> chunk = MakeChunk();
+    void Load(std::span<const char> chunk) {
         const vst::iptr taken =
             Dispatch(vst::effSetChunk, 0, std::ssize(chunk), const_cast<char*>(chunk.data()));
         Require(taken == (IsStateBlock(chunk) ? std::ssize(chunk) : 0),
                 "a state is taken, anything else refused");
     }
+    void LoadChunk() { Load(MakeChunk()); }
 
     void SaveLoadSave() {
-        StateBytes saved = Save();
-        Require(Dispatch(vst::effSetChunk, 0, kStateSize, saved.data()) == kStateSize,
-                "its own state is taken");
+        const StateBytes saved = Save();
+        Load(saved);
         Require(Save() == saved, "a state stays as it is");
     }
 
@@ -295,21 +288,16 @@ class Host {
     // Parameters and states from another thread, while this one goes on.
     void DoBeside() {
         EndBeside();
-        struct Change {
-            int index;
-            float value;
-        };
-        std::vector<Change> changes(static_cast<std::size_t>(input_.Below(32)));
-        for (Change& change : changes)
+        std::vector<std::pair<int, float>> changes(static_cast<std::size_t>(input_.Below(32)));
+        for (auto& change : changes)
             change = {Parameter(), input_.Float()};
         std::vector<char> chunk = input_.Flag() ? MakeChunk() : std::vector<char>();
         beside_ = std::jthread([this, changes, chunk] {
-            for (const Change& change : changes) {
-                effect_->setParameter(effect_, change.index, change.value);
-                (void)effect_->getParameter(effect_, change.index);
+            for (const auto& [index, value] : changes) {
+                effect_->setParameter(effect_, index, value);
+                (void)effect_->getParameter(effect_, index);
             }
-            if (!chunk.empty())
-                Dispatch(vst::effSetChunk, 0, std::ssize(chunk), const_cast<char*>(chunk.data()));
+            if (!chunk.empty()) Load(chunk);
             void* saved = nullptr;
             Require(Dispatch(vst::effGetChunk, 0, 0, static_cast<void*>(&saved)) == kStateSize,
                     "a state has one size");
