@@ -7,7 +7,7 @@
 #include <sys/prctl.h>
 #include <ucontext.h>
 
-#include <cerrno>
+#include <csignal>
 #include <cstddef>
 
 namespace {
@@ -25,11 +25,6 @@ thread_local volatile int firstSystemCall = -1;
 
 void CountMemory() {
     if (counting) ++memoryCalls;
-}
-
-template <typename Function>
-Function* Next(const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
 void OnSystemCall(int, siginfo_t* info, [[maybe_unused]] void* context) {
@@ -80,11 +75,11 @@ NORAVA_TWIN void* aligned_alloc(std::size_t alignment, std::size_t size) {
 }
 
 // NOLINTBEGIN(bugprone-macro-parentheses): a name and a type
-#define NORAVA_LOCK_TWIN(name, type)                      \
-    NORAVA_TWIN int name(type* lock) {                    \
-        static const auto next = Next<int(type*)>(#name); \
-        if (counting) ++lockCalls;                        \
-        return next(lock);                                \
+#define NORAVA_LOCK_TWIN(name, type)                                                        \
+    NORAVA_TWIN int name(type* lock) {                                                      \
+        static const auto next = reinterpret_cast<int (*)(type*)>(dlsym(RTLD_NEXT, #name)); \
+        if (counting) ++lockCalls;                                                          \
+        return next(lock);                                                                  \
     }
 NORAVA_LOCK_TWIN(pthread_mutex_lock, pthread_mutex_t)
 NORAVA_LOCK_TWIN(pthread_mutex_trylock, pthread_mutex_t)
@@ -95,33 +90,24 @@ NORAVA_LOCK_TWIN(pthread_rwlock_wrlock, pthread_rwlock_t)
 
 namespace norava {
 
-CallWatch::CallWatch() : watching(true) {
-    struct sigaction action {};
+CallReport WatchCalls(const std::function<void()>& step) {
+    struct sigaction action {
+    }, before{};
     action.sa_sigaction = OnSystemCall;
     action.sa_flags = SA_SIGINFO;
-    sigaction(SIGSYS, &action, &hostAction);
-    memoryCalls = 0;
-    lockCalls = 0;
+    sigaction(SIGSYS, &action, &before);
+    memoryCalls = lockCalls = 0;
     numSystemCalls = 0;
     firstSystemCall = -1;
-    systemCallsSeen = prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, 0, 0, &selector) == 0;
+    const bool seen = prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, 0, 0, &selector) == 0;
     counting = true;
     selector = kBlock;
-}
-
-CallWatch::~CallWatch() {
-    Stop();
-}
-
-CallReport CallWatch::Stop() {
+    step();
     selector = kAllow;
     counting = false;
-    if (watching) {
-        prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_OFF, 0, 0, 0);
-        sigaction(SIGSYS, &hostAction, nullptr);
-    }
-    watching = false;
-    return {memoryCalls, lockCalls, numSystemCalls, firstSystemCall, systemCallsSeen};
+    prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_OFF, 0, 0, 0);
+    sigaction(SIGSYS, &before, nullptr);
+    return {memoryCalls, lockCalls, numSystemCalls, firstSystemCall, seen};
 }
 
 }  // namespace norava

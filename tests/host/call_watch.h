@@ -1,6 +1,6 @@
 #pragma once
 
-#include <csignal>
+#include <functional>
 
 namespace norava {
 
@@ -13,22 +13,9 @@ struct CallReport {
     bool systemCallsSeen = false;  // false: this kernel cannot tell
 };
 
-// Watches the calling thread while it lives. Memory and lock functions are counted by twins that
-// the whole process, loaded modules too, finds before the C library's; system calls, however they
-// are made, by the kernel, which sends a signal before it carries the first one out.
-class CallWatch {
-  public:
-    CallWatch();
-    ~CallWatch();
-    CallWatch(const CallWatch&) = delete;
-    CallWatch& operator=(const CallWatch&) = delete;
-
-    CallReport Stop();
-
-  private:
-    bool watching = false;
-    bool systemCallsSeen = false;
-    struct sigaction hostAction {};
-};
+// What the calling thread does in a step. Memory and lock functions are counted by twins that the
+// whole process, loaded modules too, finds before the C library's; system calls, however they are
+// made, by the kernel, which sends a signal before it carries the first one out.
+CallReport WatchCalls(const std::function<void()>& step);
 
 }  // namespace norava

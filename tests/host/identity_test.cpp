@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <vector>
@@ -126,19 +127,24 @@ TEST(ModuleProgram, HasANameThatFitsEveryHost) {
     EXPECT_EQ(instance.Dispatch(effGetProgram), 0);
 }
 
-TEST(ModuleLife, IsClosedAtAnyTime) {
+TEST(ModuleLife, IsClosedAtAnyTimeAndLeavesNoFileOpen) {
+    const auto openFiles = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = openFiles();
     { VstInstance opened; }
     {
         VstInstance resumed(48000.0f);
         resumed.Note(60);
         resumed.Render(100);
         resumed.Note(61);  // waits for a block that never comes
+        VstInstance odd;
+        for (const int state : {0, 0, 1, 1}) {
+            odd.Dispatch(effMainsChanged, 0, state);
+            EXPECT_TRUE(IsFinite(odd.Render(64)));
+        }
     }
-    VstInstance odd;
-    for (const int state : {0, 0, 1, 1}) {
-        odd.Dispatch(effMainsChanged, 0, state);
-        EXPECT_TRUE(IsFinite(odd.Render(64)));
-    }
+    EXPECT_EQ(openFiles(), before);
 }
 
 }  // namespace

@@ -91,10 +91,10 @@ TEST_F(PanelTest, IsNothingThatSoundWaitsFor) {
     std::vector<float> left(256), right(256);
     for (int block = 0; block < 50; ++block) {
         instance->Note(24 + block);
-        CallWatch watch;
-        instance->Process(left.data(), right.data(), 256);
-        instance->Set(kHiCutCutoff, static_cast<float>(block) / 50.0f);
-        const CallReport report = watch.Stop();
+        const CallReport report = WatchCalls([&] {
+            instance->Process(left.data(), right.data(), 256);
+            instance->Set(kHiCutCutoff, static_cast<float>(block) / 50.0f);
+        });
         EXPECT_EQ(report.memoryCalls + report.lockCalls + report.systemCalls, 0);
         instance->Dispatch(vst::effEditIdle);
     }

@@ -34,14 +34,14 @@ void ExpectQuiet(const CallReport& report, const char* what) {
 
 TEST(CallWatch, SeesWhatItIsMadeFor) {
     std::mutex mutex;
-    CallWatch watch;
-    // Volatile: a compiler may leave out memory that nobody uses.
-    int* volatile memory = new int(1);
-    delete memory;
-    mutex.lock();
-    mutex.unlock();
-    getppid();
-    const CallReport report = watch.Stop();
+    const CallReport report = WatchCalls([&] {
+        // Volatile: a compiler may leave out memory that nobody uses.
+        int* volatile memory = new int(1);
+        delete memory;
+        mutex.lock();
+        mutex.unlock();
+        getppid();
+    });
     EXPECT_EQ(report.memoryCalls, 2);
     EXPECT_EQ(report.lockCalls, 1);
     if (!report.systemCallsSeen) GTEST_SKIP() << "this kernel does not report system calls";
@@ -54,11 +54,11 @@ CallReport Block(VstInstance& instance, int frames, const std::vector<Message>& 
     std::vector<float> right(left.size());
     float* outputs[2] = {left.data(), right.data()};
     instance.Prepare(messages);
-    CallWatch watch;
-    instance.Deliver();
-    instance.Process(left.data(), right.data(), frames);
-    instance.effect->process(instance.effect, nullptr, outputs, frames);
-    return watch.Stop();
+    return WatchCalls([&] {
+        instance.Deliver();
+        instance.Process(left.data(), right.data(), frames);
+        instance.effect->process(instance.effect, nullptr, outputs, frames);
+    });
 }
 
 Message Note(int note, int position = 0) {
@@ -95,10 +95,11 @@ TEST(ModuleRealtime, WaitsForNothingWhilePlaying) {
         }
         ExpectQuiet(Block(instance, 64, messages), "as many events as the pool holds");
         const auto setAll = [&](float value) {
-            CallWatch watch;
-            for (int i = 0; i < VstInstance::kParams; ++i)
-                instance.Set(i, value);
-            ExpectQuiet(watch.Stop(), "parameters set from the audio thread");
+            const auto set = [&] {
+                for (int i = 0; i < VstInstance::kParams; ++i)
+                    instance.Set(i, value);
+            };
+            ExpectQuiet(WatchCalls(set), "parameters set from the audio thread");
         };
         setAll(0.9f);
         ExpectQuiet(Block(instance, 512), "every parameter changed");
