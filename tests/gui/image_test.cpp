@@ -8,7 +8,9 @@
 
 #include "files/scratch_folder.h"
 #include "gui/image_bank.h"
+#include "gui/packed_picture.h"
 #include "gui/targa.h"
+#include "pictures/picture_packer.h"
 
 // What pixels a file gives, whole or cut, and that a saved one gives them again, is held by the
 // fuzz target of pictures.
@@ -144,6 +146,95 @@ TEST(ImageBank, ServesManyThreads) {
     threads.clear();
     EXPECT_EQ(image_bank::CountUsers(), 0);
     EXPECT_EQ(CGraphicBuffer::FontRefNum(), buffers);
+}
+
+struct Sample {
+    // Smooth shading under a little noise, plain areas, and frames that differ in a few pixels.
+    Sample(CSize size, int scale, bool hasAlpha, int frames = 1)
+        : picture{size, scale, hasAlpha, frames > 1 ? size.cy * scale / frames : 0} {
+        uint32_t noise = 12345;
+        for (int i = 0; i < size.cx * size.cy * scale * scale; ++i) {
+            noise = noise * 1664525u + 1013904223u;
+            const int x = i % (size.cx * scale), row = i / (size.cx * scale);
+            const int height = size.cy * scale / frames, y = row % height;
+            uint32_t word = static_cast<uint32_t>(x * 3 + y) % 256 * 0x010101u + (noise >> 30);
+            if (row / height == x) word = noise;
+            const uint32_t alpha = hasAlpha ? 200u + (noise >> 28) : 255u;
+            const bool isEmpty = hasAlpha && y % 4 == 1;
+            words.push_back(isEmpty ? 0u : (word & 0x00FFFFFFu) | alpha << 24);
+        }
+    }
+    PackedPicture picture;
+    std::vector<uint32_t> words;
+};
+
+TEST(PackedPicture, UnpacksToTheSameWords) {
+    const Sample samples[] = {
+        Sample({1, 1}, 1, false),  Sample({1, 1}, 3, true),       Sample({300, 7}, 1, false),
+        Sample({37, 20}, 2, true), Sample({12, 64}, 3, true, 16), Sample({5000, 2}, 4, true),
+    };
+    for (const Sample& sample : samples) {
+        const std::vector<uint8_t> packed = PackPicture(sample.picture, sample.words);
+        std::vector<uint32_t> words(sample.words.size());
+        EXPECT_TRUE(UnpackPicture(packed, words));
+        EXPECT_EQ(words, sample.words);
+        const auto header = ReadPackedHeader(packed);
+        ASSERT_TRUE(header.has_value());
+        EXPECT_EQ(header->size, sample.picture.size);
+        words.pop_back();
+        EXPECT_FALSE(UnpackPicture(packed, words));
+    }
+}
+
+// Whatever a byte is damaged to, the unpacker stays inside its memory: the sanitizers watch.
+TEST(PackedPicture, SurvivesDamage) {
+    const Sample sample({12, 18}, 2, true, 6);
+    const std::vector<uint8_t> good = PackPicture(sample.picture, sample.words);
+    CImage image;
+    for (size_t length = 0; length < good.size(); ++length)
+        ASSERT_FALSE(image.LoadPacked({good.data(), length}, "cut")) << length;
+    EXPECT_FALSE(image.IsSafe());
+    size_t refused = 0;
+    for (size_t at = 0; at < good.size(); ++at) {
+        for (const int flip : {1, 0x10, 0x80, 0xFF}) {
+            std::vector<uint8_t> bad = good;
+            bad[at] = static_cast<uint8_t>(bad[at] ^ flip);
+            refused += image.LoadPacked(bad, "damaged") ? 0u : 1u;
+        }
+    }
+    EXPECT_GT(refused, good.size() / 10);
+    EXPECT_TRUE(image.LoadPacked(good, "good")) << "usable after all that";
+}
+
+// Scale, alpha, width and height that are none; and more pixels than memory should be risked for.
+TEST(PackedPicture, DoesNotBelieveClaims) {
+    const Sample sample({12, 18}, 2, true);
+    std::vector<uint8_t> good = PackPicture(sample.picture, sample.words);
+    good.resize(good.size() + 1000);
+    CImage image;
+    EXPECT_TRUE(image.LoadPacked(good, "good"));
+    EXPECT_FALSE(image.LoadPacked(good, nullptr));
+    const std::vector<uint8_t> claims[] = {
+        {0}, {5}, {2, 2}, {2, 1, 0, 0}, {2, 1, 12, 0, 0, 0}, {4, 1, 255, 255, 100, 0}};
+    for (const std::vector<uint8_t>& claim : claims) {
+        std::vector<uint8_t> bad = good;
+        std::ranges::copy(claim, bad.begin() + 2);
+        EXPECT_FALSE(image.LoadPacked(bad, "bad")) << claim.size();
+    }
+}
+
+TEST(PackedPicture, KeepsItsDetailAtItsScale) {
+    const Sample sample({6, 5}, 2, false);
+    CImage image;
+    ASSERT_TRUE(image.LoadPacked(PackPicture(sample.picture, sample.words), "a"));
+    EXPECT_EQ(image.GetSize(), CSize(6, 5));
+    CGraphicBuffer fine(2), coarse(1);
+    for (CGraphicBuffer* buffer : {&fine, &coarse}) {
+        buffer->SetSize(CSize(6, 5));
+        buffer->DrawImage(&image, CRect(0, 0, 6, 5), {0, 0});
+    }
+    EXPECT_TRUE(std::ranges::equal(sample.words, std::span(fine.GetDataAt(0, 0), 12 * 10)));
+    EXPECT_EQ(*coarse.GetDataAt(2, 4), sample.words[8 * 12 + 4]) << "one of each block";
 }
 
 }  // namespace
