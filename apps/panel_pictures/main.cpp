@@ -1,7 +1,5 @@
 // Writes pictures of the panel as the manual shows it: the real editor in an off-screen window,
 // playing a library of its own.
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -25,12 +23,17 @@
 namespace norava {
 namespace {
 
-// A folder that goes with the program.
+// A folder that goes with the program. The pictures show its name, so that is always the same.
 class TemporaryFolder {
   public:
     TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "norava-XXXXXX").string();
-        if (mkdtemp(name.data()) != nullptr) path = name;
+        std::error_code ignored;
+        const auto name = std::filesystem::temp_directory_path() / "norava-pictures";
+        if (std::filesystem::create_directory(name, ignored)) {
+            path = name.string();
+        } else {
+            std::fprintf(stderr, "%s: cannot be made; does it exist?\n", name.c_str());
+        }
     }
     ~TemporaryFolder() {
         std::error_code ignored;
@@ -147,6 +150,7 @@ int main(int count, char** arguments) {
         return 2;
     }
     const norava::TemporaryFolder library;
+    if (library.path.empty()) return 1;
     norava::Panel panel(library.path + "/Norava", static_cast<int>(scale));
     if (!panel.open) {
         std::fprintf(stderr, "The panel does not open.\n");
