@@ -5,11 +5,11 @@
 
 namespace norava::test {
 
-// What a refused call says, "" for one that is not refused.
-template <typename Call>
-std::string ErrorOf(Call call) {
+// What a call says that is refused, "" for one that is not.
+template <typename Function, typename... Arguments>
+std::string ErrorOf(Function function, const Arguments&... arguments) {
     try {
-        call();
+        function(arguments...);
     } catch (const std::exception& error) {
         return error.what();
     }

@@ -84,7 +84,7 @@ TEST(MidiSong, ATrackCutInAMessageIsRefusedEvenInAWholeChunk) {
     for (std::size_t length = 0; length <= events.size(); ++length) {
         const Bytes cut(events.begin(), events.begin() + std::ptrdiff_t(length));
         const bool whole = length == 0 || length == 4 || length == 9 || length == 16;
-        const std::string error = ErrorOf([&] { ReadMidiSong(Header(0, 1) + Chunk("MTrk", cut)); });
+        const std::string error = ErrorOf(ReadMidiSong, Header(0, 1) + Chunk("MTrk", cut));
         EXPECT_EQ(error.empty(), whole) << length << " bytes";
     }
 }
@@ -112,7 +112,7 @@ TEST(MidiSong, SaysWhatIsWrong) {
         {OneTrackFile({0x87, 0xFF, 0xFF, 0x7F, 0x90, 1, 1}), "a day"},
     };
     for (const auto& [file, complaint] : cases)
-        EXPECT_THAT(ErrorOf([&] { ReadMidiSong(file); }), HasSubstr(complaint));
+        EXPECT_THAT(ErrorOf(ReadMidiSong, file), HasSubstr(complaint));
 }
 
 // Ticks of a second each, and the pedal as controller 64.

@@ -56,7 +56,7 @@ TEST(ProgramText, NamesTheLineThatItCannotTake) {
              Refused{"Name = " + std::string(128, 'x'), "127"},
              Refused{"Name = a\\x0", "hexadecimal"},
          })
-        EXPECT_THAT(ErrorOf([&] { ParseProgram(text, "x.txt"); }), HasSubstr(complaint));
+        EXPECT_THAT(ErrorOf(ParseProgram, text, "x.txt"), HasSubstr(complaint));
 }
 
 // Whatever bits a block holds, its text gives them back: numbers that are none, values beyond
@@ -150,7 +150,7 @@ TEST(Setting, RefusesWhatNoParameterTakes) {
              Refused{"Tune=nan", "nan"},
              Refused{"String Ratio=7", "0..6"},
          })
-        EXPECT_THAT(ErrorOf([&] { ParseSetting(text); }), HasSubstr(complaint)) << text;
+        EXPECT_THAT(ErrorOf(ParseSetting, text), HasSubstr(complaint)) << text;
 }
 
 TEST(Patch, ErrorsNameTheFileAndTheLine) {
@@ -160,9 +160,8 @@ TEST(Patch, ErrorsNameTheFileAndTheLine) {
     ASSERT_EQ(good.size(), 2u);
     EXPECT_EQ(good[1].index, param::kAmpDecay);
     folder.Write("x.patch", "Tune = 0.5\nTuna = 0.5\n");
-    EXPECT_THAT(ErrorOf([&] { LoadPatch(folder / "x.patch"); }),
-                HasSubstr("x.patch:2: there is no"));
-    EXPECT_NE(ErrorOf([&] { LoadPatch(folder.Path()); }), "");
+    EXPECT_THAT(ErrorOf(LoadPatch, folder / "x.patch"), HasSubstr("x.patch:2: there is no"));
+    EXPECT_NE(ErrorOf(LoadPatch, folder.Path()), "");
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ TEST(Score, SlipsOfThePenAreFoundWithTheirLine) {
         {"", "no voice"},
     };
     for (const auto& [score, complaint] : cases)
-        EXPECT_THAT(test::ErrorOf([&] { ParseScore(score); }), HasSubstr(complaint));
+        EXPECT_THAT(test::ErrorOf(ParseScore, score), HasSubstr(complaint));
 }
 
 }  // namespace
