@@ -82,9 +82,10 @@ TEST(ModuleSound, WorksInBlocksOfEverySize) {
         for (const std::vector<float>* channel : {&left, &right}) {
             ASSERT_EQ(channel->front(), kUntouched);
             ASSERT_EQ((*channel)[frames + 1], kUntouched) << frames;
-            ASSERT_TRUE(std::all_of(channel->begin(), channel->begin() + std::ptrdiff_t(frames),
-                                    [](float x) { return std::isfinite(x); }))
-                << frames;
+            const auto last = channel->begin() + static_cast<std::ptrdiff_t>(frames);
+            ASSERT_TRUE(std::all_of(channel->begin() + 1, last + 1, [](float x) {
+                return std::isfinite(x);
+            })) << frames;
         }
     }
     instance.effect->processReplacing(instance.effect, nullptr, nullptr, -1);

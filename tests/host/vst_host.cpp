@@ -22,20 +22,17 @@ std::string UseProgramFolder(const std::string& name) {
     return root.string();
 }
 
-VstModule::Entry VstModule::GetEntry() {
-    static const Entry entry = [] {
-        UseProgramFolder("empty");
-        void* const module = dlopen(NORAVA_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
-        EXPECT_NE(module, nullptr) << dlerror();
-        return module != nullptr ? reinterpret_cast<Entry>(dlsym(module, "VSTPluginMain"))
-                                 : nullptr;
-    }();
-    return entry;
-}
+// Before any instance, so that none ever sees the user's.
+static const std::string kFirstFolder = UseProgramFolder("empty");
 
 VstInstance::VstInstance(float sampleRate) {
-    const VstModule::Entry entry = VstModule::GetEntry();
-    if (entry != nullptr) effect = entry(Callback);
+    static auto* const entry = [] {
+        void* const module = dlopen(NORAVA_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
+        if (module == nullptr) ADD_FAILURE() << dlerror();
+        return reinterpret_cast<vst::AEffect* (*)(vst::HostCallback)>(
+            dlsym(module, "VSTPluginMain"));
+    }();
+    effect = entry(Callback);
     EXPECT_NE(effect, nullptr);
     effect->resvd1 = reinterpret_cast<vst::iptr>(this);
     // A host takes no memory while it is told inside its processing call.

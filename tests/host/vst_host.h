@@ -10,18 +10,12 @@
 
 namespace norava {
 
-// The module, loaded while the process lives: what hosts do that scan first and play later.
-class VstModule {
-  public:
-    using Entry = vst::AEffect* (*)(vst::HostCallback);
-    static Entry GetEntry();
-};
-
 // From now on instances take the programs of a folder of the tests' own, never the user's. Returns
 // the library's root in it, which is made. An empty folder is used until the first call.
 std::string UseProgramFolder(const std::string& name);
 
-// One instance as a host sees it: nothing but the record and the callback.
+// One instance as a host sees it: nothing but the record and the callback. The module is loaded
+// with the first one and stays while the process lives, as in hosts that scan first and play later.
 class VstInstance {
   public:
     static constexpr int kParams = 114;
