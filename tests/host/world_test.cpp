@@ -64,6 +64,7 @@ TEST(ModuleEnvironment, LeavesSignalsToTheHostsThreads) {
     pthread_sigmask(SIG_BLOCK, &signals, &before);
     auto* const handler = std::signal(SIGUSR1, [](int) {});
     kill(getpid(), SIGUSR1);
+    usleep(100000);  // a thread that takes it has to wake first
     sigpending(&waiting);
     EXPECT_EQ(sigismember(&waiting, SIGUSR1), 1) << "a signal went to a thread of ours";
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
