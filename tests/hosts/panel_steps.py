@@ -86,7 +86,7 @@ def first_session(work, start, picture):
         value = host.value()
         check("the parameter moved in the host", value > first + 0.05, f"{first:.3f} to {value:.3f}")
         desktop.bring_up(panel.host_window)
-        desktop.still_picture("a picture", 40, 10, 1480, 940).save(picture)
+        desktop.picture(40, 10, 1480, 940).save(picture)
         panel.zoom(shown)
         panel.close()
         state = host.save()
