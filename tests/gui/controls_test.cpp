@@ -2,21 +2,21 @@
 #include <gtest/gtest.h>
 
 #include "gui/control_button.h"
-#include "gui/control_scene.h"
 #include "gui/control_slider.h"
 #include "gui/control_state_selector.h"
+#include "gui/offscreen_window.h"
 #include "gui/targa.h"
 
 namespace norava {
 namespace {
 
-using test::GestureWindow;
+using test::OffscreenWindow;
 using testing::ElementsAre;
 using testing::FloatEq;
 using testing::IsEmpty;
 
 struct ButtonTest : testing::Test {
-    GestureWindow window{CSize(120, 60)};
+    OffscreenWindow window{CSize(120, 60)};
     CControlButton* button = window.Add<CControlButton>(1, CRect(10, 10, 40, 20));
     OffscreenView& view = window.Show();
 };
@@ -52,7 +52,7 @@ TEST_F(ButtonTest, SwitchesToggleAndKeysComeBack) {
     window.refuseValues = true;
     view.Click({20, 20});
     EXPECT_EQ(button->GetValue(), 1.0f);
-    window.refuse = true;
+    window.whim = [] { return false; };
     window.TakeValues();
     view.Click({20, 20});
     EXPECT_THAT(window.TakeValues(), IsEmpty());
@@ -124,7 +124,7 @@ struct NumberTest : testing::Test {
         Up(pixels);
         view.ReleaseMouse();
     }
-    GestureWindow window{CSize(120, 80)};
+    OffscreenWindow window{CSize(120, 80)};
     CControlKnob* knob = window.Add<CControlKnob>(1, CRect(40, 20, 40, 40));
     OffscreenView& view = window.Show();
 };

@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 #include <random>
-#include <set>
 
 #include "gallery/scenes.h"
 #include "gui/offscreen_window.h"
@@ -14,30 +13,11 @@
 namespace norava {
 namespace {
 
-// Keeps the books of gestures: clicks and releases of a control take turns.
-class WatchedGallery : public CGallery {
-  public:
-    explicit WatchedGallery(int scale = 1) : CGallery(scale) {
-        test::UseOffscreenView(*this, view);
-        if (!Open()) std::abort();
-    }
+struct WatchedGallery : test::Watched<CGallery> {
+    explicit WatchedGallery(int scale = 1) : Watched(scale) { Show(); }
     ~WatchedGallery() override {
         Close();
         EXPECT_TRUE(open.empty()) << "closing ends every gesture";
-    }
-
-    bool ControlClicked(CControl* control) override {
-        if (!MayAccept() || !CGallery::ControlClicked(control)) return false;
-        EXPECT_TRUE(open.insert(control).second);
-        return true;
-    }
-    bool ControlReleased(CControl* control) override {
-        EXPECT_EQ(open.erase(control), 1u);
-        return CGallery::ControlReleased(control);
-    }
-    bool ControlValueChanged(CControl* control, float value) override {
-        EXPECT_FALSE(control->IsDisabled());
-        return MayAccept() && CGallery::ControlValueChanged(control, value);
     }
     [[nodiscard]] std::vector<CControl*> ListControls() const {
         std::vector<CControl*> controls;
@@ -45,12 +25,6 @@ class WatchedGallery : public CGallery {
             controls.push_back(control.get());
         return controls;
     }
-    // Now and then, when it is called so, the owner refuses or does something rash first.
-    [[nodiscard]] bool MayAccept() { return !whim || whim(); }
-
-    OffscreenView* view = nullptr;
-    std::set<CControl*> open;
-    std::function<bool()> whim;
 };
 
 class Random {

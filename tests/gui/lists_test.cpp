@@ -3,13 +3,13 @@
 
 #include "gui/control_list.h"
 #include "gui/control_menu.h"
-#include "gui/control_scene.h"
 #include "gui/control_text_field.h"
+#include "gui/offscreen_window.h"
 
 namespace norava {
 namespace {
 
-using test::GestureWindow;
+using test::OffscreenWindow;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -28,7 +28,7 @@ struct MenuTest : testing::Test {
         ASSERT_TRUE(menu->IsListOpen());
     }
 
-    GestureWindow window{CSize(200, 200)};
+    OffscreenWindow window{CSize(200, 200)};
     CControlMenu* menu = window.Add<CControlMenu>(1, CRect(20, 30, 40, 13));
     OffscreenView& view = window.Show();
 };
@@ -163,7 +163,7 @@ struct TypingTest : testing::Test {
         for (const char letter : letters)
             view.PressKey(static_cast<unsigned char>(letter));
     }
-    GestureWindow window{CSize(200, 120)};
+    OffscreenWindow window{CSize(200, 120)};
     OffscreenView& view = window.Show();
 };
 

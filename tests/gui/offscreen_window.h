@@ -1,9 +1,12 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,41 +26,68 @@ inline void UseOffscreenView(CWindowPort& window, OffscreenView*& view) {
     });
 }
 
-// A window that writes down what its controls report, shown in an off-screen view.
-class OffscreenWindow : public CWindowPort {
+// A window in an off-screen view that writes down what its controls report and keeps the books of
+// gestures: clicks and releases of a control take turns, values come from those that work.
+template <typename Port>
+class Watched : public Port {
   public:
-    explicit OffscreenWindow(CSize windowSize = CSize(100, 80), int scale = 1)
-        : CWindowPort(scale) {
-        SetSize(windowSize);
-        UseOffscreenView(*this, view);
-    }
-    ~OffscreenWindow() override { Close(); }
-
+    explicit Watched(int scale = 1) : Port(scale) { UseOffscreenView(*this, view); }
+    ~Watched() override { Port::Close(); }
     OffscreenView& Show() {
-        if (!IsOpen() && !Open()) std::abort();
+        if (!Port::IsOpen() && !Port::Open()) std::abort();
         return *view;
     }
 
+    bool ControlClicked(CControl* control) override {
+        if (whim && !whim()) return false;
+        EXPECT_TRUE(open.insert(control).second) << "clicked twice";
+        log.push_back("clicked " + std::to_string(control->GetID()));
+        Port::ControlClicked(control);
+        return true;
+    }
+    bool ControlReleased(CControl* control) override {
+        EXPECT_EQ(open.erase(control), 1u) << "released twice";
+        log.push_back("released " + std::to_string(control->GetID()));
+        return Port::ControlReleased(control);
+    }
+    bool ControlValueChanged(CControl* control, float value) override {
+        EXPECT_FALSE(control->IsDisabled());
+        if (refuseValues || (whim && !whim())) return false;
+        values.push_back(value);
+        log.push_back("changed " + std::to_string(control->GetID()));
+        Port::ControlValueChanged(control, value);
+        return true;
+    }
+    Log TakeLog() { return std::exchange(log, {}); }
+    std::vector<float> TakeValues() { return std::exchange(values, {}); }
+
+    OffscreenView* view = nullptr;
+    std::set<CControl*> open;
+    Log log;
+    std::vector<float> values;
+    bool refuseValues = false;
+    // Asked before the owner accepts anything; may do anything first.
+    std::function<bool()> whim;
+};
+
+class OffscreenWindow : public Watched<CWindowPort> {
+  public:
+    explicit OffscreenWindow(CSize windowSize = CSize(100, 80), int scale = 1) : Watched(scale) {
+        SetSize(windowSize);
+    }
     void DrawBackground(CRect part) override {
         CWindowPort::DrawBackground(part);
         if (paintBackground) paintBackground(*GetGraphicBuffer(), part);
     }
-    bool ControlClicked(CControl* control) override {
-        log.push_back("clicked " + std::to_string(control->GetID()));
-        return true;
-    }
-    bool ControlReleased(CControl* control) override {
-        log.push_back("released " + std::to_string(control->GetID()));
-        return true;
-    }
-    bool ControlValueChanged(CControl* control, float) override {
-        log.push_back("changed " + std::to_string(control->GetID()));
-        return true;
+    template <typename Control>
+    Control* Add(int id, CRect rect) {
+        auto* control = GetRootControlGroup()->Add<Control>();
+        control->SetID(id);
+        control->SetRect(rect);
+        return control;
     }
 
-    OffscreenView* view = nullptr;
     std::function<void(CGraphicBuffer&, CRect)> paintBackground;
-    Log log;
 };
 
 // A coloured rectangle that writes down its events and then does what the test wants.

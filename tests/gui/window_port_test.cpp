@@ -257,8 +257,20 @@ TEST_F(WindowTest, TrackingKeepsTheMouse) {
 
 // Drags that end because the control goes away must end their gesture too.
 TEST_F(WindowTest, EveryWayOutOfADragTellsTheControl) {
-    const auto drag = [&] {
-        a->act = [](TestControl& self, const std::string& event) {
+    CControlGroup& root = *window.GetRootControlGroup();
+    TestControl* dragged = nullptr;
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"disabled", [&] { dragged->Disable(true); }},
+        {"taken by the system", [&] { view.GetEvents().MouseTakenAway(); }},
+        {"group disabled", [&] { root.Disable(true); }},
+        {"destroyed", [&] { window.DestroyControl(dragged); }},
+        {"closed", [&] { window.Close(); }},
+    };
+    for (const auto& [how, end] : ways) {
+        SCOPED_TRACE(how);
+        root.Disable(false);
+        dragged = Add(4, CRect(60, 40, 10, 10));
+        dragged->act = [](TestControl& self, const std::string& event) {
             if (event == "down" && self.SendClicked()) {
                 self.GrabFocus();
                 self.StartTracking(true);
@@ -269,38 +281,15 @@ TEST_F(WindowTest, EveryWayOutOfADragTellsTheControl) {
             }
             return true;
         };
-        view.MoveMouse({5, 5});
+        view.MoveMouse({65, 45});
         view.PressMouse();
-        EXPECT_TRUE(a->IsTracking());
-    };
-    const auto expectEnded = [&](const std::string& how) {
-        EXPECT_THAT(std::exchange(window.log, {}), ElementsAre("clicked 1", "released 1")) << how;
-        EXPECT_FALSE(window.IsTracking()) << how;
-        EXPECT_EQ(window.GetTrackingControlGroup(), nullptr) << how;
-    };
-    drag();
-    a->Disable(true);
-    EXPECT_FALSE(view.IsTracking());
-    expectEnded("disabled");
-    TakeLog();
-    view.ReleaseMouse();
-    EXPECT_THAT(TakeLog(), IsEmpty()) << "a disabled control receives nothing";
-    a->Disable(false);
-    drag();
-    view.GetEvents().MouseTakenAway();
-    expectEnded("taken by the system");
-    drag();
-    window.GetRootControlGroup()->Disable(true);
-    expectEnded("group disabled");
-    window.GetRootControlGroup()->Disable(false);
-    drag();
-    window.DestroyControl(a);
-    expectEnded("destroyed");
-    window.DestroyControl(b);
-    a = Add(1, CRect(0, 0, 10, 10));
-    drag();
-    window.Close();
-    expectEnded("closed");
+        EXPECT_TRUE(dragged->IsTracking());
+        end();
+        EXPECT_THAT(std::exchange(window.log, {}), ElementsAre("clicked 4", "released 4"));
+        EXPECT_FALSE(window.IsTracking());
+        EXPECT_EQ(window.GetTrackingControlGroup(), nullptr);
+        window.DestroyControl(window.GetControlByID(4));
+    }
 }
 
 TEST(WindowPortPictures, ComeFromTheFolderOrTheModule) {
