@@ -95,15 +95,11 @@ struct Reverb {
         float x = c.lowCut != 0.0f ? (h - ap) * 0.5f + 1e-30f : h;
         const ReverbGeometry& g = c.geometry;
         if (c.earlyGain != 0.0f) {
-            const auto l = [&](std::size_t i) {
-                return lines[kEarlyLine].at(g.earlyLeftTaps[i]) * std::fabs(c.earlyLeftWeights[i]);
-            };
-            const auto r = [&](std::size_t i) {
-                return lines[kEarlyLine].at(g.earlyRightTaps[i]) *
-                       std::fabs(c.earlyRightWeights[i]);
-            };
-            erL = l(0) + l(1) - l(2) + l(3) + l(4) + l(5) + l(6);
-            erR = r(0) - r(1) + r(2) + r(3) - r(4) + r(5) + r(6) - r(7);
+            erL = erR = 0.0f;
+            for (std::size_t i = 0; i < c.earlyLeftWeights.size(); ++i)
+                erL += lines[kEarlyLine].at(g.earlyLeftTaps[i]) * c.earlyLeftWeights[i];
+            for (std::size_t i = 0; i < c.earlyRightWeights.size(); ++i)
+                erR += lines[kEarlyLine].at(g.earlyRightTaps[i]) * c.earlyRightWeights[i];
         }
         x = lines[0].allPass(x, c.diffusion1, c.diffusion1);
         lines[kEarlyLine].step(x);
@@ -135,6 +131,7 @@ struct Reverb {
         left = inL * c.dryGain + (oL + oR) + (oL - oR) * c.width;
         right = inR * c.dryGain + (oL + oR) - (oL - oR) * c.width;
     }
+
     float rate = 0.0f;
     ReverbValues values;
     ReverbCoefficients c;

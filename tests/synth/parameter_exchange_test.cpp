@@ -94,8 +94,8 @@ TEST_F(ParameterExchangeTest, ReadsAgainWhatAStateFellInto) {
     EXPECT_LT(reads, 1000);
 }
 
-// Values that are set one by one while the sound goes on arrive.
-TEST(ParameterExchange, LosesNoValueBetweenThreads) {
+// One by one while the sound goes on.
+TEST(Threads, LoseNoValueThatIsSet) {
     test::Player player;
     std::thread setter([&player] {
         for (int i = 0; i < 2000; ++i)
