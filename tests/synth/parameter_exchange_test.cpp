@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -94,19 +95,48 @@ TEST_F(ParameterExchangeTest, ReadsAgainWhatAStateFellInto) {
     EXPECT_LT(reads, 1000);
 }
 
-// One by one while the sound goes on.
-TEST(Threads, LoseNoValueThatIsSet) {
+// Two threads load states and one saves, then one sets values, while the audio thread plays.
+TEST(Threads, MixNoStatesAndLoseNoValue) {
     test::Player player;
-    std::thread setter([&player] {
-        for (int i = 0; i < 2000; ++i)
-            player.Set({{i % kNumParameters, 0.5f}});
+    const auto stateOf = [&player](float value) {
         for (int i = 0; i < kNumParameters; ++i)
-            player.Set({{i, 0.0f}});
+            player.Set({{i, value}});
+        std::vector<char> block(kStateSize);
+        player.synth.SaveState(block.data());
+        return block;
+    };
+    const std::vector<char> states[] = {stateOf(0.25f), stateOf(0.75f)};
+    std::atomic<int> mixed = 0;
+    const auto play = [&player](std::vector<std::thread> threads) {
+        for (int i = 0; i < 20; ++i)
+            player.Render(64, 16);
+        for (std::thread& thread : threads)
+            thread.join();
+        player.Render(64);
+    };
+    std::vector<std::thread> loadersAndSaver;
+    for (int loader = 0; loader < 2; ++loader) {
+        loadersAndSaver.emplace_back([&player, &state = states[loader]] {
+            for (int i = 0; i < 1000; ++i)
+                player.synth.LoadState(state.data(), kStateSize);
+        });
+    }
+    loadersAndSaver.emplace_back([&] {
+        std::vector<char> block(kStateSize);
+        for (int i = 0; i < 1000; ++i) {
+            player.synth.SaveState(block.data());
+            if (block != states[0] && block != states[1]) ++mixed;
+        }
     });
-    for (int i = 0; i < 20; ++i)
-        player.Render(64, 16);
-    setter.join();
-    player.Render(64);
+    play(std::move(loadersAndSaver));
+    EXPECT_EQ(mixed, 0);
+
+    std::vector<std::thread> setter;
+    setter.emplace_back([&player] {
+        for (int i = 0; i < 20 * kNumParameters; ++i)
+            player.Set({{i % kNumParameters, i < 19 * kNumParameters ? 0.5f : 0.0f}});
+    });
+    play(std::move(setter));
     EXPECT_FLOAT_EQ(player.synth.GetChnLevel(false), std::pow(10.0f, -1.8f));
 }
 
