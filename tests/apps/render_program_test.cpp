@@ -168,6 +168,7 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
     folder_.Write("good.mid", ScaleFile({60}));
     folder_.Write("text.mid", "hello");
     folder_.Write("cut.mid", cut);
+    folder_.Write("x.patch", "Tune = 0.5\nTuna = 0.5\n");
     folder_.Write("wrong.bin", Bytes(588, 0));
     std::filesystem::create_directory(folder_ / "folder");
     const auto before = folder_.Names();
@@ -188,6 +189,14 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
         {"good.mid -o a.wav --bits 12", "12"},
         {"good.mid -o a.wav --rate 999", "999"},
         {"good.mid -o a.wav --block 0", "--block"},
+        {"good.mid -o a.wav --set Reverb", "NAME=VALUE"},
+        {"good.mid -o a.wav --set 'Reverb Size=1'", "no parameter 'Reverb Size'"},
+        {"good.mid -o a.wav --set 114=0", "no parameter"},
+        {"good.mid -o a.wav --set Tune=nan", "nan"},
+        {"good.mid -o a.wav --set Tune=1.5", "1.5"},
+        {"good.mid -o a.wav --set 'String Ratio=7'", "0..6"},
+        {"good.mid -o a.wav --patch x.patch", "x.patch:2: there is no"},
+        {"good.mid -o a.wav --patch folder", "cannot be read"},
         {"good.mid -o a.wav --state wrong.bin", "wrong.bin: this is not a state"},
         {"good.mid cut.mid -o a.wav", "a.wav: several songs need a folder"},
         {"good.mid folder/../good.mid -o out", "both become good.wav"},
@@ -251,7 +260,10 @@ TEST_F(RenderProgram, PlaysProgramsOfTheBankOrOfAFolder) {
     const std::string hash = HashOf(song, "--state state.bin");
     EXPECT_EQ(HashOf(song, "--library lib --program 'a/two 9'"), hash);
     EXPECT_EQ(HashOf(song, "--program 'lib/A/Two 9.norava'"), hash);
-    EXPECT_EQ(HashOf(song, "--set Tune=0.2"), hash);
+    EXPECT_EQ(HashOf(song, "--set ' tune = 0.2'"), hash);
+    EXPECT_EQ(HashOf(song, "--set 1=0.2"), hash);
+    folder_.Write("tune.patch", "# a sound\r\n\r\n  Tune=0.2\r\n");
+    EXPECT_EQ(HashOf(song, "--patch tune.patch"), hash);
     EXPECT_EQ(HashOf(song, "--state state.bin --set Tune=0.5"), HashOf(song)) << "settings win";
     EXPECT_NE(HashOf(song, "--library lib --program 'A/Two 10'"), hash);
     EXPECT_NE(HashOf(song, "--program 'Bass/Finger Bass'"), hash);
@@ -260,7 +272,8 @@ TEST_F(RenderProgram, PlaysProgramsOfTheBankOrOfAFolder) {
     EXPECT_EQ(std::ranges::count(all.out, '\n'), 2) << all.err;
     EXPECT_LT(all.out.find("A/Two 9"), all.out.find("A/Two 10")) << "as numbered";
     EXPECT_TRUE(std::filesystem::exists(folder_ / "out/A - Two 10.wav"));
-    EXPECT_THAT(folder_.Names(), UnorderedElementsAre("song.mid", "lib", "state.bin", "out"));
+    EXPECT_THAT(folder_.Names(),
+                UnorderedElementsAre("song.mid", "lib", "state.bin", "tune.patch", "out"));
 }
 
 TEST_F(RenderProgram, TellsItsParametersItsVersionAndItsOptions) {
