@@ -253,8 +253,10 @@ TEST_F(AdapterTest, LivesWithoutRendererOrPanel) {
     ASSERT_NE(Open(), nullptr);
     EXPECT_EQ(effect->flags & effFlagsHasEditor, 0);
     for (int opcode = 2; opcode < 80; ++opcode) {
-        std::array<char, 256> something{};
-        Dispatch(opcode, 0, 5, something.data());
+        for (const int value : {0, 5}) {
+            std::array<char, 256> something{};
+            Dispatch(opcode, 0, value, something.data());
+        }
     }
     CallAll(effect);
     void* chunk = nullptr;
