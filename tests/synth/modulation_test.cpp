@@ -50,8 +50,7 @@ Stereo Held(Player& player) {
 
 Play After(int status, int data1, int data2) {
     return [=](Player& player) {
-        player.Send(static_cast<unsigned char>(status), static_cast<unsigned char>(data1),
-                    static_cast<unsigned char>(data2));
+        player.Send(status, data1, data2);
         return Held(player);
     };
 }

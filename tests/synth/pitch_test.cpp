@@ -66,7 +66,7 @@ TEST(Pitch, IsTrueOverTheWholeRange) {
 double CentsFrom(int heardNote, std::initializer_list<ParamValue> values, int wheel = 64) {
     Player player;
     player.Set(values);
-    player.Send(0xe0, 0, static_cast<unsigned char>(wheel));
+    player.Send(0xe0, 0, wheel);
     player.NoteOn(57);
     return CentsAbove(player.Render(28800), 48000.0, heardNote);
 }

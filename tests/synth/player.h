@@ -68,17 +68,15 @@ class Player {
         for (const ParamValue& v : values)
             synth.SetParamValue(v.index, v.value);
     }
-    void Send(unsigned char status, unsigned char data1, unsigned char data2, int position = 0) {
-        const std::array<unsigned char, 4> bytes{status, data1, data2, 0};
+    void Send(int status, int data1, int data2, int position = 0) {
+        std::array<unsigned char, 4> bytes{};
+        std::ranges::copy(std::array{status, data1, data2}, bytes.begin());
         synth.CreateMIDIEvent(position, bytes.data(), bytes.size());
     }
     void NoteOn(int note, int velocity = 100, int position = 0) {
-        Send(0x90, static_cast<unsigned char>(note), static_cast<unsigned char>(velocity),
-             position);
+        Send(0x90, note, velocity, position);
     }
-    void NoteOff(int note, int position = 0) {
-        Send(0x80, static_cast<unsigned char>(note), 0, position);
-    }
+    void NoteOff(int note, int position = 0) { Send(0x80, note, 0, position); }
     // Host blocks of `block` frames; events that were sent lie in the first one.
     Stereo Render(int frames, int block = 512, double tempo = 120.0) {
         Stereo out;

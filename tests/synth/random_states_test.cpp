@@ -57,9 +57,7 @@ InstrumentState DrawState(Draw& draw) {
 }
 
 struct Message {
-    int part;
-    unsigned char status, data1, data2;
-    int position;
+    int part, status, data1, data2, position;
 };
 
 struct Performance {
@@ -77,9 +75,7 @@ Performance DrawPerformance(Draw& draw) {
     Performance performance{kRates[draw.Below(4)], kBlocks[draw.Below(5)], {}};
     const auto add = [&](int part, int status, int data1, int data2) {
         const int position = part == 0 && status != 0x90 ? 0 : draw.Below(performance.block);
-        performance.messages.push_back({part, static_cast<unsigned char>(status),
-                                        static_cast<unsigned char>(data1),
-                                        static_cast<unsigned char>(data2), position});
+        performance.messages.push_back({part, status, data1, data2, position});
     };
     // Every controller that sounds has its value from the start, whatever was played before.
     add(0, 0xB0, 1, draw.Below(128));

@@ -32,7 +32,7 @@ TEST(Render, ShowsWhichKeysSound) {
 TEST(Render, LevelAndPanFollowTheirControllers) {
     constexpr float kFull = 3.9810717f;
     const struct {
-        unsigned char controller, value;
+        int controller, value;
         float left, right;
     } cases[] = {{1, 0, kFull, kFull}, {10, 127, kFull, 0.0f}, {10, 0, 0.0f, kFull}, {7, 0, 0, 0}};
     Player player;
