@@ -43,21 +43,17 @@ Expected Expect(Bytes file) {
     if (expected.isTooLarge) return expected;
     expected.hasAlpha = b[16] == 32;
     const std::size_t pixelBytes = b[16] / 8u;
+    const Bytes rows = file.subspan(std::min(file.size(), kHeaderBytes + b[0]));
     const std::size_t rowBytes = pixelBytes * static_cast<std::size_t>(expected.size.cx);
-    Bytes rest = file.subspan(std::min(file.size(), kHeaderBytes + b[0]));
-    for (int y = 0; y < expected.size.cy; ++y) {
-        const bool isThere = rest.size() >= rowBytes;
-        for (std::size_t x = 0; x < rowBytes; x += pixelBytes) {
-            std::uint32_t word = 0;
-            if (isThere) {
-                const std::uint8_t* p = rest.data() + x;
-                const std::uint32_t alpha = pixelBytes == 4 ? p[3] : 255u;
-                word = alpha << 24 | std::uint32_t{p[0]} << 16 | std::uint32_t{p[1]} << 8 | p[2];
-            }
-            expected.words.push_back(word);
-        }
-        rest = isThere ? rest.subspan(rowBytes) : Bytes();
+    const std::size_t wholeRows =
+        std::min(rows.size() / rowBytes, static_cast<std::size_t>(expected.size.cy));
+    for (std::size_t at = 0; at < wholeRows * rowBytes; at += pixelBytes) {
+        const std::uint8_t* const p = &rows[at];
+        const std::uint32_t alpha = pixelBytes == 4 ? p[3] : 255u;
+        expected.words.push_back(alpha << 24 | std::uint32_t{p[0]} << 16 |
+                                 std::uint32_t{p[1]} << 8 | p[2]);
     }
+    expected.words.resize(static_cast<std::size_t>(pixels));  // the rest is transparent
     return expected;
 }
 
@@ -82,11 +78,10 @@ void SaveAndLoad(const CImage& image, const Words& words) {
     CImage again;
     Require(again.LoadFromFile(path.c_str()), "what was saved is loaded");
     Require(again.GetSize() == image.GetSize(), "with its size");
-    Words swapped = words;
-    for (std::uint32_t& word : swapped) {
+    Words swapped = WordsOf(again);
+    for (std::uint32_t& word : swapped)
         word = (word & 0xFF00FF00u) | (word >> 16 & 0xFFu) | (word & 0xFFu) << 16;
-    }
-    Require(WordsOf(again) == swapped, "with its pixels, red and blue swapped");
+    Require(swapped == words, "with its pixels, red and blue swapped");
 }
 
 void Draw(const CImage& image) {
