@@ -6,11 +6,11 @@
 #include <memory>
 #include <vector>
 
+#include "benchmarks/plain_raster.h"
 #include "gui/control_group.h"
 #include "gui/pixel_rows.h"
 #include "gui/platform/offscreen_view.h"
 #include "gui/window_port.h"
-#include "tests/gui/plain_raster.h"
 
 namespace norava::bench {
 namespace {
@@ -47,9 +47,9 @@ class Label : public CControl {
 struct Panel {
     explicit Panel(int scale) : window(scale) {
         background.SetSize(kPanel);
-        test::FillWithNoise(background, 1);
+        FillWithNoise(background, 1);
         strip.SetSize(CSize(kKnob.cx, kKnob.cy * kKnobFrames));
-        test::FillWithNoise(strip, 2);
+        FillWithNoise(strip, 2);
         strip.SetHasAlpha(true);
         window.SetSize(kPanel);
         window.SetViewFactory([](PlatformEvents& events, void*, CSize size, int viewScale) {
@@ -91,7 +91,7 @@ struct Rows {
     Rows() {
         CGraphicBuffer noise;
         noise.SetSize(CSize(kPanel.cx, 2));
-        test::FillWithNoise(noise, 3);
+        FillWithNoise(noise, 3);
         under.assign(noise.GetDataAt(0, 0), noise.GetDataAt(0, 0) + kPanel.cx);
         over.assign(noise.GetDataAt(0, 1), noise.GetDataAt(0, 1) + kPanel.cx);
     }
@@ -112,8 +112,7 @@ void RowComposePlain(benchmark::State& state) {
     for (auto _ : state) {
         for (size_t i = 0; i < rows.under.size(); ++i) {
             const CColor under = CColor::FromWord(rows.under[i]);
-            rows.under[i] =
-                test::PlainCompose(under, CColor::FromWord(rows.over[i]), 255).GetWord();
+            rows.under[i] = PlainCompose(under, CColor::FromWord(rows.over[i]), 255).GetWord();
         }
         benchmark::ClobberMemory();
     }
@@ -133,7 +132,7 @@ void RowBlendColorPlain(benchmark::State& state) {
     Rows rows;
     for (auto _ : state) {
         for (uint32_t& word : rows.under)
-            word = test::PlainBlend(CColor::FromWord(word), CColor(218, 195, 150, 30)).GetWord();
+            word = PlainBlend(CColor::FromWord(word), CColor(218, 195, 150, 30)).GetWord();
         benchmark::ClobberMemory();
     }
 }
