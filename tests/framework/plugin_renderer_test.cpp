@@ -1,6 +1,5 @@
 #include "framework/plugin_renderer.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,7 +14,6 @@
 namespace norava {
 namespace {
 
-using testing::ElementsAre;
 using Bytes = std::vector<unsigned char>;
 
 TEST(PluginInstance, IsTheNewestAndStartsUnknown) {

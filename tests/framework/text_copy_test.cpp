@@ -65,8 +65,9 @@ TEST(SharedText, KeepsWhatFits) {
 // Writers set texts of one repeated letter whose length belongs to the letter: any mixture of two
 // texts shows.
 std::string TextOf(int letter) {
-    return std::string(static_cast<std::size_t>(1 + letter * 31 % 250),
-                       static_cast<char>('a' + letter));
+    const auto length = static_cast<std::size_t>(1 + letter * 31 % 250);
+    std::string text(length, static_cast<char>('a' + letter));
+    return text;
 }
 
 TEST(SharedText, IsNeverTornByManyWriters) {

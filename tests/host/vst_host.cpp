@@ -52,7 +52,7 @@ vst::iptr VstInstance::Callback(vst::AEffect* effect, vst::i32 opcode, vst::i32 
             return vst::kVstVersion;
         case vst::audioMasterGetVendorString:
         case vst::audioMasterGetProductString:
-            std::strcpy(static_cast<char*>(ptr), "Test");
+            std::memcpy(ptr, "Test", sizeof "Test");
             return 1;
         default:
             break;
@@ -105,7 +105,7 @@ std::vector<char> VstInstance::Chunk() {
 
 vst::iptr VstInstance::LoadChunk(const std::vector<char>& chunk) {
     // A copy of exactly that size, so that the address checker sees reads behind it.
-    const std::vector<char> exact(chunk);
+    const std::vector<char> exact(chunk.begin(), chunk.end());
     return Dispatch(vst::effSetChunk, 0, static_cast<vst::iptr>(exact.size()),
                     const_cast<char*>(exact.data()));
 }
