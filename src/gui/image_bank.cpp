@@ -10,7 +10,6 @@ namespace norava::image_bank {
 
 namespace {
 
-// Loading happens under the lock too: two windows that open at once load each picture once.
 struct Entry {
     std::unique_ptr<CImage> image;
     int scale;  // of the windows it was loaded for

@@ -10,31 +10,15 @@ namespace {
 
 using file_system::UserContentFolder;
 
-class KnownFolders : public testing::Test {
-  protected:
-    ~KnownFolders() override {
-        Set("HOME", hadHome ? home.c_str() : nullptr);
-        Set("XDG_DATA_HOME", hadData ? data.c_str() : nullptr);
+void Set(const char* name, const char* value) {
+    if (value != nullptr) {
+        setenv(name, value, 1);
+    } else {
+        unsetenv(name);
     }
-    static std::string Get(const char* name) {
-        const char* const value = std::getenv(name);
-        return value != nullptr ? value : "";
-    }
-    static void Set(const char* name, const char* value) {
-        if (value != nullptr) {
-            setenv(name, value, 1);
-        } else {
-            unsetenv(name);
-        }
-    }
+}
 
-    const bool hadHome = std::getenv("HOME") != nullptr;
-    const bool hadData = std::getenv("XDG_DATA_HOME") != nullptr;
-    const std::string home = Get("HOME");
-    const std::string data = Get("XDG_DATA_HOME");
-};
-
-TEST_F(KnownFolders, BelieveOnlyWholePaths) {
+TEST(KnownFolders, BelieveOnlyWholePaths) {
     Set("HOME", "/home/somebody//");
     Set("XDG_DATA_HOME", "/data/");
     EXPECT_EQ(UserContentFolder(), "/data");

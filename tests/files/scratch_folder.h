@@ -1,8 +1,7 @@
 #pragma once
 
-#include <stdlib.h>
-
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
