@@ -19,14 +19,18 @@ struct PlainConverter {
     void Process(float* out, int frames, Render render) {
         for (int done = 0; done < frames;) {
             const int end = done + std::min(48, frames - done);
-            for (; position < 0.0 && done < end; ++done, position += step)
+            for (; position < 0.0 && done < end; ++done) {
                 out[done] = Read(position + count);
+                position += step;
+            }
             if (done == end) continue;
             count = static_cast<int>(std::ceil(position + (end - done) * step));
             std::fill(chunk.begin() + 1, chunk.end(), 0.0f);
             render(chunk.data() + 1, count);
-            for (; done < end; ++done, position += step)
+            for (; done < end; ++done) {
                 out[done] = Read(position);
+                position += step;
+            }
             position -= count;
             chunk[0] = chunk[static_cast<std::size_t>(count)];
         }
