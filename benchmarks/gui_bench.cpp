@@ -8,6 +8,7 @@
 
 #include "benchmarks/plain_raster.h"
 #include "gui/control_group.h"
+#include "gui/noise.h"
 #include "gui/pixel_rows.h"
 #include "gui/platform/offscreen_view.h"
 #include "gui/window_port.h"
@@ -47,9 +48,9 @@ class Label : public CControl {
 struct Panel {
     explicit Panel(int scale) : window(scale) {
         background.SetSize(kPanel);
-        FillWithNoise(background, 1);
+        test::FillWithNoise(background, 1);
         strip.SetSize(CSize(kKnob.cx, kKnob.cy * kKnobFrames));
-        FillWithNoise(strip, 2);
+        test::FillWithNoise(strip, 2);
         strip.SetHasAlpha(true);
         window.SetSize(kPanel);
         window.SetViewFactory([](PlatformEvents& events, void*, CSize size, int viewScale) {
@@ -91,7 +92,7 @@ struct Rows {
     Rows() {
         CGraphicBuffer noise;
         noise.SetSize(CSize(kPanel.cx, 2));
-        FillWithNoise(noise, 3);
+        test::FillWithNoise(noise, 3);
         under.assign(noise.GetDataAt(0, 0), noise.GetDataAt(0, 0) + kPanel.cx);
         over.assign(noise.GetDataAt(0, 1), noise.GetDataAt(0, 1) + kPanel.cx);
     }

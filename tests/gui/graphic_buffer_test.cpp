@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "gui/noise.h"
 #include "gui/pictures.h"
 #include "gui/pixel_rows.h"
 
@@ -78,21 +79,6 @@ TEST_P(ReferencePicture, Letters) {
     ExpectLooks("letters");
 }
 
-// A buffer full of noise that the seed decides.
-void FillWithNoise(CGraphicBuffer& buffer, uint32_t seed) {
-    uint32_t state = seed * 2654435761u + 1u;
-    for (int y = 0; y < buffer.GetSize().cy; ++y) {
-        for (int x = 0; x < buffer.GetSize().cx; ++x) {
-            state ^= state << 13;
-            state ^= state >> 17;
-            state ^= state << 5;
-            // Every third pixel opaque or empty: the cases that are treated apart.
-            const uint32_t alpha = state % 6 == 0 ? 0xFFu : state % 6 == 3 ? 0u : state >> 24;
-            buffer.SetPixelAt(buffer.GetDataAt(x, y), (state & 0x00FFFFFFu) | alpha << 24);
-        }
-    }
-}
-
 enum Kind { fill, frame, pixel, line, basicLine, shadow, copy, letters, disc, ring, gradient };
 
 // Made by chance, with coordinates round the canvas, now and then far outside of every range.
@@ -101,7 +87,7 @@ class Drawing {
     Drawing(uint32_t seed, const std::vector<Kind>& kinds)
         : engine(seed), kind(kinds[static_cast<size_t>(Number(0, int(kinds.size()) - 1))]) {
         picture.SetSize(CSize(40, 30));
-        FillWithNoise(picture, seed);
+        test::FillWithNoise(picture, seed);
         picture.SetHasAlpha(seed % 2 == 0);
         for (int i = Number(0, 12); i > 0; --i)
             text += static_cast<char>(Number(1, 255));
@@ -169,7 +155,7 @@ constexpr CSize kCanvasSize(61, 47);
 struct NoisyCanvas : CGraphicBuffer {
     NoisyCanvas(int scale, uint32_t seed) : CGraphicBuffer(scale) {
         SetSize(kCanvasSize);
-        FillWithNoise(*this, seed);
+        test::FillWithNoise(*this, seed);
     }
 };
 
@@ -366,7 +352,7 @@ TEST(PixelRows, AgreeWithThePlainFormula) {
     for (const int count : {0, 1, 2, 3, 5, 7, 8, 9, 15, 31, 63, 64, 65, 130, 4000}) {
         CGraphicBuffer noise;
         noise.SetSize(CSize(count + 1, 2));
-        FillWithNoise(noise, static_cast<uint32_t>(count));
+        test::FillWithNoise(noise, static_cast<uint32_t>(count));
         const std::vector under(noise.GetDataAt(0, 0), noise.GetDataAt(count, 0));
         const std::vector over(noise.GetDataAt(0, 1), noise.GetDataAt(count, 1));
         for (const uint8_t opacity : {uint8_t{255}, uint8_t{254}, uint8_t{128}, uint8_t{1}}) {
