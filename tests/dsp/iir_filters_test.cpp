@@ -4,9 +4,6 @@
 
 #include <cmath>
 #include <complex>
-#include <vector>
-
-#include "dsp/stereo_high_pass.h"
 
 namespace norava {
 namespace {
@@ -37,33 +34,6 @@ TEST(IirFilters, PassTheirBands) {
     // Constant skirt gain: the band-pass has the gain q at its centre.
     EXPECT_NEAR(gainAt<CFilterIIR_BP>(1000.0, 1000.0f, 5.0f), 5.0, 1e-3);
     EXPECT_LT(gainAt<CFilterIIR_BP>(10.0, 1000.0f, 5.0f), 1e-1);
-}
-
-TEST(IirFilters, KeepTheirStateWhenSetAndComeToRest) {
-    CFilterIIR_LP filter;
-    filter.GetFrame(1.0f);
-    filter.Set(5000.0f, 1.0f, kRate);
-    EXPECT_NE(filter.GetFrame(0.0f), 0.0f);
-    filter.Reset();
-    EXPECT_EQ(filter.GetFrame(1e-10f), 0.0f);  // counts as silence
-
-    StereoHighPass pair;
-    pair.Set(32.0f, 1.0f, kRate);
-    std::vector<float> left(512), right(512);
-    left[0] = 1.0f;
-    for (int block = 0; block < 200; ++block) {
-        pair.process(left.data(), right.data(), 512);
-        left.assign(512, 0.0f);
-    }
-    EXPECT_TRUE(pair.atRest());
-    CFilterIIR_HP single;
-    single.Set(32.0f, 1.0f, kRate);
-    right[100] = -0.5f;
-    std::vector<float> expected;
-    for (const float x : right)
-        expected.push_back(single.GetFrame(x));
-    pair.process(left.data(), right.data(), 512);
-    EXPECT_EQ(right, expected);
 }
 
 }  // namespace

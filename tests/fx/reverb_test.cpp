@@ -98,20 +98,6 @@ TEST(Reverb, DiesAwayInItsDecayTime) {
     }
 }
 
-TEST(Reverb, DelaysItsSoundByThePredelay) {
-    const auto firstSound = [](float predelay) {
-        fxReverb reverb;
-        setWetOnly(reverb);
-        reverb.setParameter(kReverbPredelay, predelay);
-        Sound impulse(30000);
-        impulse.left[0] = 1.0f;
-        reverberate(reverb, impulse);
-        const auto sounds = [](float x) { return std::fabs(x) >= 1e-7f; };
-        return std::ranges::find_if(impulse.left, sounds) - impulse.left.begin();
-    };
-    EXPECT_EQ(firstSound(0.4f) - firstSound(0.0f), 4410 - 1);
-}
-
 TEST(Reverb, AccumulatesWhatItWouldReplace) {
     fxReverb replacing, adding;
     Sound in = Sound::Noise(700, 4), base = Sound::Noise(700, 5), sum = base;

@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
+#include <array>
 #include <utility>
 #include <vector>
 
-#include "synth/player.h"
+#include "parameters/parameter_table.h"
 
 namespace norava {
 namespace {
@@ -93,51 +92,6 @@ TEST_F(ParameterExchangeTest, ReadsAgainWhatAStateFellInto) {
         (void)exchange_.TryStoreWhole([] {});
     });
     EXPECT_LT(reads, 1000);
-}
-
-// Two threads load states and one saves, then one sets values, while the audio thread plays.
-TEST(Threads, MixNoStatesAndLoseNoValue) {
-    test::Player player;
-    const auto stateOf = [&player](float value) {
-        for (int i = 0; i < kNumParameters; ++i)
-            player.Set({{i, value}});
-        std::vector<char> block(kStateSize);
-        player.synth.SaveState(block.data());
-        return block;
-    };
-    const std::vector<char> states[] = {stateOf(0.25f), stateOf(0.75f)};
-    std::atomic<int> mixed = 0;
-    const auto play = [&player](std::vector<std::thread> threads) {
-        for (int i = 0; i < 20; ++i)
-            player.Render(64, 16);
-        for (std::thread& thread : threads)
-            thread.join();
-        player.Render(64);
-    };
-    std::vector<std::thread> loadersAndSaver;
-    for (int loader = 0; loader < 2; ++loader) {
-        loadersAndSaver.emplace_back([&player, &state = states[loader]] {
-            for (int i = 0; i < 1000; ++i)
-                player.synth.LoadState(state.data(), kStateSize);
-        });
-    }
-    loadersAndSaver.emplace_back([&] {
-        std::vector<char> block(kStateSize);
-        for (int i = 0; i < 1000; ++i) {
-            player.synth.SaveState(block.data());
-            if (block != states[0] && block != states[1]) ++mixed;
-        }
-    });
-    play(std::move(loadersAndSaver));
-    EXPECT_EQ(mixed, 0);
-
-    std::vector<std::thread> setter;
-    setter.emplace_back([&player] {
-        for (int i = 0; i < 20 * kNumParameters; ++i)
-            player.Set({{i % kNumParameters, i < 19 * kNumParameters ? 0.5f : 0.0f}});
-    });
-    play(std::move(setter));
-    EXPECT_FLOAT_EQ(player.synth.GetChnLevel(false), std::pow(10.0f, -1.8f));
 }
 
 }  // namespace
