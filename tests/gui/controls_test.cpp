@@ -5,14 +5,13 @@
 #include "gui/control_slider.h"
 #include "gui/control_state_selector.h"
 #include "gui/offscreen_window.h"
-#include "gui/targa.h"
 
+// What the panel's test does not see of buttons, knobs and faders, which it works one by one.
 namespace norava {
 namespace {
 
 using test::OffscreenWindow;
 using testing::ElementsAre;
-using testing::FloatEq;
 using testing::IsEmpty;
 
 struct ButtonTest : testing::Test {
@@ -21,57 +20,37 @@ struct ButtonTest : testing::Test {
     OffscreenView& view = window.Show();
 };
 
-TEST_F(ButtonTest, AClickButtonIsOnWhileItIsHeld) {
+TEST_F(ButtonTest, IsOnWhileItIsHeld) {
     view.MoveMouse({20, 20});
     view.PressMouse();
     view.PressMouse(kMouseRight);
     view.ReleaseMouse(kMouseRight);
-    EXPECT_EQ(button->GetValue(), 1.0f);
     view.MoveMouse({90, 50});
+    EXPECT_THAT(window.TakeValues(), ElementsAre(1.0f));
     view.ReleaseMouse();
-    EXPECT_THAT(window.TakeValues(), ElementsAre(1.0f, 0.0f));
     EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "changed 1", "released 1"));
-    view.Click({20, 20}, kMouseRight);
-    EXPECT_THAT(window.TakeLog(), IsEmpty());
-}
-
-TEST_F(ButtonTest, SwitchesToggleAndKeysComeBack) {
-    button->SetKind_Switch();
-    button->SetValue(0.5f);
-    view.Click({20, 20});
-    EXPECT_EQ(button->GetValue(), 0.0f) << "anything but 0 is on";
-    EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "released 1"));
-    button->SetKind_LED();
-    view.Click({20, 20});
-    EXPECT_EQ(button->GetValue(), 1.0f);
     button->SetKind_Key();
-    view.PressMouse();
-    EXPECT_EQ(button->GetValue(), 0.0f);
-    view.ReleaseMouse();
-    EXPECT_EQ(button->GetValue(), 1.0f);
+    button->SetValue(1.0f);
+    view.Click({20, 20});
+    EXPECT_THAT(window.TakeValues(), ElementsAre(0.0f, 0.0f, 1.0f));
     window.refuseValues = true;
     view.Click({20, 20});
     EXPECT_EQ(button->GetValue(), 1.0f);
-    window.whim = [] { return false; };
-    window.TakeValues();
-    view.Click({20, 20});
-    EXPECT_THAT(window.TakeValues(), IsEmpty());
 }
 
 TEST_F(ButtonTest, ALampFadesInFiveTicksAndHoverShows) {
     CImage picture;
-    test::Targa targa{.width = 40, .height = 40};
-    targa.color = [](int, int y) { return y < 20 ? 0xFF000064u : 0xFFC80000u; };
-    ASSERT_TRUE(picture.LoadFromMemory(targa.Bytes(), "lamp"));
+    ASSERT_TRUE(picture.SetSize(CSize(40, 40)));
+    CColor lit(200, 0, 0);
+    picture.FillRect(CRect(0, 20, 40, 20), &lit);
     button->SetKind_LED();
     button->SetButtonImage(&picture, CSize(), {});
     window.DrawToBuffer();
     button->SetValue(1.0f);
-    uint32_t last = view.GetPixel(30, 20);
     for (int i = 0; i < 5; ++i) {
+        const uint32_t last = view.GetPixel(30, 20);
         view.Tick();
         EXPECT_NE(view.GetPixel(30, 20), last);
-        last = view.GetPixel(30, 20);
     }
     static_cast<void>(view.TakePresented());
     view.Tick(3);
@@ -88,20 +67,11 @@ TEST_F(ButtonTest, ASelectorHasAValueForEachState) {
     selector->SetStateSelectorImage(nullptr, true, false, CSize(20, 20), {});
     selector->SetStatesGap(CSize(22, 0));
     selector->SetNumStates(4);
-    selector->SetNumStates(0);
-    for (const auto& [value, id] : {std::pair{0.99f, 2}, {1.5f, 4}, {1e30f, 4}, {NAN, 0}})
+    for (const auto& [value, id] : {std::pair{0.99f, 2}, {1e30f, 4}, {NAN, 0}})
         EXPECT_EQ(selector->ValueToID(value), id) << value;
-    EXPECT_EQ(selector->IDToValue(-1), 0.0f);
-    EXPECT_EQ(selector->IDToValue(9), 1.0f);
-    view.Click({10 + 2 * 22 + 5, 40});
-    EXPECT_FLOAT_EQ(selector->GetValue(), 2.0f / 3.0f);
-    view.Click({10 + 2 * 22 + 5, 40});
-    view.Click({10 + 21, 40});  // between two
-    EXPECT_EQ(window.TakeValues().size(), 1u);
-    selector->SetReversed(true);
-    view.Click({15, 40});
-    EXPECT_EQ(selector->GetValue(), 1.0f);
-    EXPECT_TRUE(window.open.empty());
+    for (const int x : {10 + 2 * 22 + 5, 10 + 2 * 22 + 5, 10 + 21})  // once more, between two
+        view.Click({x, 40});
+    EXPECT_THAT(window.TakeValues(), ElementsAre(testing::FloatEq(2.0f / 3.0f)));
     for (int states = 2; states < 200; ++states) {
         selector->SetNumStates(states);
         for (int i = 0; i < states; ++i)
@@ -119,10 +89,14 @@ struct NumberTest : testing::Test {
         for (int i = 0; i < std::abs(pixels); ++i)
             view.MoveMouse({60, pixels > 0 ? 39 : 41});
     }
-    void DragUp(int pixels) {
-        Press();
+    // How far the knob goes from its middle.
+    float DragUp(int pixels, int button = kMouseLeft) {
+        knob->SetValue(0.5f);
+        view.MoveMouse({60, 40});
+        view.PressMouse(button);
         Up(pixels);
-        view.ReleaseMouse();
+        view.ReleaseMouse(button);
+        return knob->GetValue() - 0.5f;
     }
     OffscreenWindow window{CSize(120, 80)};
     CControlKnob* knob = window.Add<CControlKnob>(1, CRect(40, 20, 40, 40));
@@ -139,7 +113,6 @@ TEST_F(NumberTest, ADragIsOneGesture) {
     view.ReleaseMouse(kMouseRight);
     EXPECT_TRUE(knob->IsTracking()) << "other buttons do not end it";
     view.MoveMouse({500, 40 + 1000});
-    EXPECT_EQ(knob->GetValue(), 0.0f);
     Up(-50);
     view.ReleaseMouse();
     EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "changed 1", "released 1"))
@@ -147,53 +120,33 @@ TEST_F(NumberTest, ADragIsOneGesture) {
     Up(10);
     EXPECT_EQ(knob->GetValue(), 0.0f);
     window.refuseValues = true;
-    DragUp(10);
-    EXPECT_EQ(knob->GetValue(), 0.0f);
+    EXPECT_EQ(DragUp(10), 0.0f);
 }
 
 TEST_F(NumberTest, EveryResetIsAWholeGesture) {
     knob->SetValueOnReset(0.25f);
-    const auto expectReset = [&](const std::string& how) {
-        EXPECT_EQ(knob->GetValue(), 0.25f) << how;
-        EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "released 1")) << how;
+    for (const bool isDouble : {false, true}) {
         knob->SetValue(1.0f);
-    };
-    knob->SetValue(1.0f);
-    view.Click({60, 40}, kMouseRight);
-    expectReset("right click");
-    view.SetModifiers({.alt = true});
-    view.Click({60, 40});
-    expectReset("ALT click");
-    view.SetModifiers({});
-    view.PressMouse(kMouseLeft, true);
-    view.ReleaseMouse();
-    expectReset("double click");
-    view.Click({60, 40}, kMouseMiddle);
-    EXPECT_THAT(window.TakeLog(), IsEmpty());
+        view.MoveMouse({60, 40});
+        view.SetModifiers({.alt = !isDouble});
+        view.PressMouse(kMouseLeft, isDouble);
+        view.ReleaseMouse();
+        EXPECT_EQ(knob->GetValue(), 0.25f) << isDouble;
+        EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "released 1"));
+    }
 }
 
 TEST_F(NumberTest, FineModeIsAsSlowAsItsTriggerSays) {
-    const auto expectMove = [&](float way, const char* trigger) {
-        EXPECT_NEAR(knob->GetValue() - 0.5f, way, 1e-6f) << trigger;
-        knob->SetValue(0.5f);
-    };
-    knob->SetValue(0.5f);
     view.SetModifiers({.shift = true});
-    DragUp(20);
-    expectMove(0.05f, "none as made");
+    EXPECT_NEAR(DragUp(20), 0.05f, 1e-6f) << "none as made";
     knob->SetZoomingWithSHIFT();
-    DragUp(20);
-    expectMove(0.0025f, "SHIFT");
-    view.SetModifiers({.alt = true});
+    EXPECT_NEAR(DragUp(20), 0.0025f, 1e-6f);
     knob->SetZoomingWithALT();
-    DragUp(20);
-    expectMove(0.0025f, "ALT, which does not reset");
-    view.SetModifiers({});
+    view.SetModifiers({.alt = true});
+    EXPECT_NEAR(DragUp(20), 0.0025f, 1e-6f) << "does not reset";
     knob->SetZoomingWithRightButton();
-    view.PressMouse(kMouseRight);
-    Up(20);
-    view.ReleaseMouse(kMouseRight);
-    expectMove(0.0025f, "right button");
+    view.SetModifiers({});
+    EXPECT_NEAR(DragUp(20, kMouseRight), 0.0025f, 1e-6f);
 }
 
 TEST_F(NumberTest, ANotchHoldsForAHundredPixels) {
@@ -201,13 +154,10 @@ TEST_F(NumberTest, ANotchHoldsForAHundredPixels) {
     knob->SetValueOnReset(0.5f);
     knob->SetValue(0.49f);
     Press();
-    for (const int pixels : {10, 90}) {
-        Up(pixels);
-        EXPECT_EQ(knob->GetValue(), 0.5f);
-    }
+    Up(100);
+    EXPECT_EQ(knob->GetValue(), 0.5f);
     Up(36);
-    EXPECT_GT(knob->GetValue(), 0.55f);
-    EXPECT_LT(knob->GetValue(), 0.58f);
+    EXPECT_NEAR(knob->GetValue(), 0.565f, 0.015f);
     view.ReleaseMouse();
 }
 
@@ -215,10 +165,9 @@ TEST_F(NumberTest, AQuantisedKnobKeepsWhatWasDraggedBetween) {
     knob->SetQuantizing(7);
     Press();
     Up(400);
-    const std::vector<float> values = window.TakeValues();
-    ASSERT_EQ(values.size(), 6u);
-    for (size_t i = 0; i < values.size(); ++i)
-        EXPECT_FLOAT_EQ(values[i], static_cast<float>(i + 1) / 6.0f);
+    using testing::FloatEq;
+    EXPECT_THAT(window.TakeValues(), ElementsAre(FloatEq(1.0f / 6.0f), FloatEq(2.0f / 6.0f), 0.5f,
+                                                 FloatEq(4.0f / 6.0f), FloatEq(5.0f / 6.0f), 1.0f));
     // The host sets another value in the middle of the drag.
     knob->SetValue(0.5f);
     Up(-40);
@@ -268,13 +217,6 @@ TEST_F(NumberTest, AFaderFollowsTheMouseExactly) {
     EXPECT_EQ(fader->GetValue(), 0.5f) << "caught";
     view.MoveMouse({grip.x, grip.y - 8});
     EXPECT_EQ(fader->GetHandleRect().top, start.top - 8) << "and let go again";
-    view.ReleaseMouse();
-
-    fader->SetRect(CRect(2, 2, 90, 16));
-    fader->SetAxisX();
-    fader->SetValue(0.0f);
-    view.Drag({5, 5}, {25, 30});
-    EXPECT_EQ(fader->GetHandleRect().left, 22);
 }
 
 }  // namespace

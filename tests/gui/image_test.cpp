@@ -3,52 +3,55 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <thread>
 
 #include "files/scratch_folder.h"
 #include "gui/image_bank.h"
 #include "gui/packed_picture.h"
-#include "gui/targa.h"
+#include "gui/window_port.h"
 #include "pictures/picture_packer.h"
 
-// What pixels a file gives, whole or cut, and that a saved one gives them again, is held by the
-// fuzz target of pictures.
+// Which headers are taken, what pixels a file gives, whole or cut, and that a saved one gives them
+// again, is held by the fuzz target of pictures.
 namespace norava {
 namespace {
 
-using test::ScratchFolder;
-using test::Targa;
+struct PictureFolder : test::ScratchFolder {
+    // Returns the path.
+    std::string Add(const std::string& name, CSize size = CSize(8, 8)) const {
+        CImage image;
+        Write(name, "");
+        EXPECT_TRUE(image.SetSize(size) && image.SaveAsTGA(Path(name).c_str())) << name;
+        return Path(name);
+    }
+};
 
-// Every value in every header byte: what matters is checked, what is ignored is ignored.
-TEST(Image, ChecksItsHeader) {
-    const std::vector<uint8_t> good = Targa{}.Bytes();
-    for (size_t position = 0; position < 18; ++position) {
-        for (int value = 0; value < 256; ++value) {
-            std::vector<uint8_t> bytes = good;
-            bytes[position] = static_cast<uint8_t>(value);
-            const int width = bytes[12] | bytes[13] << 8, height = bytes[14] | bytes[15] << 8;
-            const bool usable = bytes[1] == 0 && bytes[2] == 2 &&
-                                (bytes[16] == 24 || bytes[16] == 32) && width > 0 && height > 0 &&
-                                int64_t{width} * height <= CImage::kMaxPixels;
-            CImage image;
-            ASSERT_EQ(image.LoadFromMemory(bytes, "x"), usable) << position << " = " << value;
-            ASSERT_EQ(image.GetSize(), usable ? CSize(width, height) : CSize());
+struct Sample {
+    // Smooth shading in frames that differ in a few pixels.
+    Sample(CSize size, int scale, bool hasAlpha, int frames = 1)
+        : picture{size, scale, hasAlpha, frames > 1 ? size.cy * scale / frames : 0} {
+        const int width = size.cx * scale, height = size.cy * scale / frames;
+        for (int i = 0; i < width * height * frames; ++i) {
+            const int x = i % width, y = i / width % height, frame = i / width / height;
+            const auto shade = static_cast<uint32_t>(x * 3 + (frame == x ? y * y : y)) % 256;
+            words.push_back(shade * 0x010101u | (hasAlpha && y % 4 == 1 ? 200u : 255u) << 24);
         }
     }
-    CImage image;
-    EXPECT_FALSE(image.LoadFromMemory(good, std::string(1024, 'p').c_str()));
-    EXPECT_FALSE(image.LoadFromMemory(good, nullptr));
-}
+    [[nodiscard]] std::vector<uint8_t> Pack() const { return PackPicture(picture, words); }
+    PackedPicture picture;
+    std::vector<uint32_t> words;
+};
 
 // A small file may claim a picture of any size; neither its memory nor the time to clear it is
 // spent.
 TEST(Image, DoesNotBelieveClaims) {
-    const auto claim = [](int width, int height) {
-        std::vector<uint8_t> bytes = Targa{.width = 0, .height = 0}.Bytes();
-        bytes[12] = static_cast<uint8_t>(width), bytes[13] = static_cast<uint8_t>(width >> 8);
-        bytes[14] = static_cast<uint8_t>(height), bytes[15] = static_cast<uint8_t>(height >> 8);
-        bytes.resize(1024);
+    const auto claim = [](uint16_t width, uint16_t height) {
+        std::array<uint8_t, 1024> bytes{};
+        bytes[2] = 2, bytes[16] = 32;
+        std::memcpy(&bytes[12], &width, sizeof width);
+        std::memcpy(&bytes[14], &height, sizeof height);
         return CImage().LoadFromMemory(bytes, "x");
     };
     const auto start = std::chrono::steady_clock::now();
@@ -60,25 +63,17 @@ TEST(Image, DoesNotBelieveClaims) {
 }
 
 TEST(Image, SavesWhatAFileCanHold) {
-    const ScratchFolder folder;
-    CImage image, again;
+    const test::ScratchFolder folder;
+    CImage image;
+    EXPECT_FALSE(image.SaveAsTGA(folder.Path("no/such/folder.tga").c_str()));
     ASSERT_TRUE(image.SetSize(CSize(65536, 1)));
     EXPECT_FALSE(image.SaveAsTGA(folder.Path("a.tga").c_str())) << "16 bits hold no such width";
-    EXPECT_FALSE(std::filesystem::exists(folder.Path("a.tga")));
-    ASSERT_TRUE(image.SetSize(CSize(300, 2)));
-    image.Clear(CColor(255, 0, 7, 99));
-    EXPECT_FALSE(image.SaveAsTGA(folder.Path("no/such/folder.tga").c_str()));
-    ASSERT_TRUE(image.SaveAsTGA(folder.Path("a.tga").c_str()));
-    ASSERT_TRUE(again.LoadFromFile(folder.Path("a.tga").c_str()));
-    EXPECT_EQ(again.GetSize(), CSize(300, 2));
-    EXPECT_EQ(again.GetColorAt(299, 1), CColor(7, 0, 255, 99)) << "red and blue change places";
+    EXPECT_TRUE(folder.Names().empty());
 }
 
 TEST(ImageBank, LoadsEachPathOnceForAll) {
-    const ScratchFolder folder;
-    const std::string one = folder.Write("one.tga", Targa{}.Text());
-    const std::string two = folder.Write("two.tga", Targa{}.Text());
-    const std::string bad = folder.Write("bad.tga", "no picture");
+    const PictureFolder folder;
+    const std::string one = folder.Add("one.tga"), two = folder.Add("two.tga");
     EXPECT_EQ(image_bank::Import(one.c_str(), 1, "one"), nullptr) << "nobody would free it";
     {
         const image_bank::User user;
@@ -89,8 +84,7 @@ TEST(ImageBank, LoadsEachPathOnceForAll) {
         EXPECT_EQ(image_bank::FindByName("other"), nullptr);
         EXPECT_EQ(image_bank::FindByName(""), nullptr);
         EXPECT_NE(image_bank::Import(two.c_str(), 1, nullptr), nullptr);
-        EXPECT_EQ(image_bank::Import(bad.c_str(), 3, "bad"), nullptr);
-        EXPECT_EQ(image_bank::Import(nullptr, 1, "nothing"), nullptr);
+        EXPECT_EQ(image_bank::Import(folder.Path().c_str(), 3, "no picture"), nullptr);
         EXPECT_EQ((image_bank::User(), image_bank::CountUsers()), 2);
         EXPECT_EQ(image_bank::FindByID(1), image) << "the first of two, and a user is left";
     }
@@ -100,43 +94,66 @@ TEST(ImageBank, LoadsEachPathOnceForAll) {
 
 // A folder of pictures may have finer ones for some; what does not fit falls back to the plain one.
 TEST(ImageBank, TakesFinerPicturesWhereTheyFit) {
-    const ScratchFolder folder;
-    std::filesystem::create_directories(folder.Path("dot.ted"));
-    for (const char* name : {"fine.tga", "odd.tga", "none.tga", "no ending", "dot.ted/plain"})
-        folder.Write(name, Targa{.width = 8, .height = 8}.Text());
-    folder.Write("fine@2x.tga", Targa{.width = 16, .height = 16}.Text());
-    folder.Write("odd@2x.tga", Targa{.width = 15, .height = 15}.Text());
+    const PictureFolder folder;
+    folder.Add("fine@2x.tga", CSize(16, 16));
+    folder.Add("odd@2x.tga", CSize(15, 15));
     const image_bank::User user;
-    const auto stored = [&](const char* name) {
-        const CImage* image = image_bank::Import(folder.Path(name).c_str(), -1, nullptr, 2);
-        EXPECT_NE(image, nullptr) << name;
+    for (const auto& [name, scale] : {std::pair{"fine.tga", 2},
+                                      {"odd.tga", 1},
+                                      {"none.tga", 1},
+                                      {"no ending", 1},
+                                      {"dot.ted/plain", 1}}) {
+        const CImage* image = image_bank::Import(folder.Add(name).c_str(), -1, nullptr, 2);
+        ASSERT_NE(image, nullptr) << name;
         EXPECT_EQ(image->GetSize(), CSize(8, 8)) << name;
-        return image->GetSclFactor();
+        EXPECT_EQ(image->GetSclFactor(), scale) << name;
+    }
+}
+
+TEST(ImageBank, TakesPicturesFromTheFolderOrTheModule) {
+    const std::vector<uint8_t> once = Sample({3, 2}, 1, true).Pack();
+    const std::vector<uint8_t> twice = Sample({3, 2}, 2, true).Pack();
+    const BuiltInPicture set[] = {{"knob.tga", {once, twice}}, {"broken.tga", {}}};
+    const PictureFolder folder;
+    folder.Add("fader.tga");
+    CWindowPort window, large(2);
+    const auto import = [&](const char* name) {
+        return window.ImportImageFromFile(name, 9, "named");
     };
-    EXPECT_EQ(stored("fine.tga"), 2);
-    for (const char* name : {"odd.tga", "none.tga", "no ending", "dot.ted/plain"})
-        EXPECT_EQ(stored(name), 1) << name;
+    window.SetBuiltInPictures(set);
+    window.SetImageLibraryDir(folder.Path().c_str());
+    CImage* fader = import("fader.tga");
+    ASSERT_NE(fader, nullptr);
+    EXPECT_EQ(window.GetImageByName("named"), fader);
+    EXPECT_EQ(large.GetImageByID(9), fader) << "shared by all windows";
+    EXPECT_EQ(import("knob.tga"), nullptr) << "a folder that exists must be complete";
+    window.SetImageLibraryDir(std::string(1023, 'x').c_str());
+    EXPECT_EQ(import("knob.tga"), nullptr) << "never cut";
+
+    for (CWindowPort* port : {&window, &large}) {
+        port->SetBuiltInPictures(set);
+        port->SetImageLibraryDir(folder.Path("Graphics/").c_str());
+        const CImage* knob = port->ImportImageFromFile("knob.tga", 1, nullptr);
+        ASSERT_NE(knob, nullptr);
+        EXPECT_EQ(knob->GetSclFactor(), port->GetSclFactor()) << "drawn for it, not magnified";
+    }
+    for (const char* missing : {"fader.tga", "broken.tga", ""})
+        EXPECT_EQ(import(missing), nullptr);
 }
 
 // Hosts may open and close editors of several instances on several threads, which share pictures
 // and fonts.
 TEST(ImageBank, ServesManyThreads) {
     const long buffers = CGraphicBuffer::FontRefNum();
-    const ScratchFolder folder;
-    const std::string paths[] = {folder.Write("0", Targa{}.Text()),
-                                 folder.Write("1", Targa{}.Text())};
+    const PictureFolder folder;
+    const std::string paths[] = {folder.Add("0"), folder.Add("1")};
     const auto work = [&] {
         for (int round = 0; round < 50; ++round) {
             const image_bank::User user;
-            CGraphicBuffer canvas;
-            canvas.SetSize(CSize(3, 2));
-            for (int id = 0; id < 2; ++id) {
-                CImage* image = image_bank::Import(paths[id].c_str(), id, paths[id].c_str());
-                ASSERT_NE(image, nullptr);
-                EXPECT_EQ(image_bank::FindByID(id), image);
-                EXPECT_EQ(image_bank::FindByName(paths[id].c_str()), image);
-                canvas.DrawImage(image, CRect(0, 0, 3, 2), {0, 0});
-                canvas.DrawText("ok", CRect(0, 0, 3, 2), false);
+            const CGraphicBuffer canvas;
+            for (const std::string& path : paths) {
+                CImage* image = image_bank::Import(path.c_str(), 0, path.c_str());
+                EXPECT_EQ(image_bank::FindByName(path.c_str()), image);
             }
         }
     };
@@ -148,48 +165,24 @@ TEST(ImageBank, ServesManyThreads) {
     EXPECT_EQ(CGraphicBuffer::FontRefNum(), buffers);
 }
 
-struct Sample {
-    // Smooth shading under a little noise, plain areas, and frames that differ in a few pixels.
-    Sample(CSize size, int scale, bool hasAlpha, int frames = 1)
-        : picture{size, scale, hasAlpha, frames > 1 ? size.cy * scale / frames : 0} {
-        uint32_t noise = 12345;
-        for (int i = 0; i < size.cx * size.cy * scale * scale; ++i) {
-            noise = noise * 1664525u + 1013904223u;
-            const int x = i % (size.cx * scale), row = i / (size.cx * scale);
-            const int height = size.cy * scale / frames, y = row % height;
-            uint32_t word = static_cast<uint32_t>(x * 3 + y) % 256 * 0x010101u + (noise >> 30);
-            if (row / height == x) word = noise;
-            const uint32_t alpha = hasAlpha ? 200u + (noise >> 28) : 255u;
-            const bool isEmpty = hasAlpha && y % 4 == 1;
-            words.push_back(isEmpty ? 0u : (word & 0x00FFFFFFu) | alpha << 24);
-        }
-    }
-    PackedPicture picture;
-    std::vector<uint32_t> words;
-};
-
 TEST(PackedPicture, UnpacksToTheSameWords) {
-    const Sample samples[] = {
-        Sample({1, 1}, 1, false),  Sample({1, 1}, 3, true),       Sample({300, 7}, 1, false),
-        Sample({37, 20}, 2, true), Sample({12, 64}, 3, true, 16), Sample({5000, 2}, 4, true),
-    };
+    const Sample samples[] = {Sample({1, 1}, 1, false), Sample({37, 20}, 2, true),
+                              Sample({12, 64}, 3, true, 16), Sample({5000, 2}, 4, true)};
     for (const Sample& sample : samples) {
-        const std::vector<uint8_t> packed = PackPicture(sample.picture, sample.words);
-        std::vector<uint32_t> words(sample.words.size());
-        EXPECT_TRUE(UnpackPicture(packed, words));
-        EXPECT_EQ(words, sample.words);
-        const auto header = ReadPackedHeader(packed);
-        ASSERT_TRUE(header.has_value());
-        EXPECT_EQ(header->size, sample.picture.size);
-        words.pop_back();
-        EXPECT_FALSE(UnpackPicture(packed, words));
+        CImage image;
+        ASSERT_TRUE(image.LoadPacked(sample.Pack(), "a"));
+        EXPECT_EQ(image.GetSize(), sample.picture.size);
+        EXPECT_EQ(image.GetHasAlpha(), sample.picture.hasAlpha);
+        EXPECT_TRUE(std::ranges::equal(sample.words,
+                                       std::span(image.GetDataAt(0, 0), sample.words.size())));
+        std::vector<uint32_t> tooFew(sample.words.size() - 1);
+        EXPECT_FALSE(UnpackPicture(sample.Pack(), tooFew));
     }
 }
 
 // Whatever a byte is damaged to, the unpacker stays inside its memory: the sanitizers watch.
 TEST(PackedPicture, SurvivesDamage) {
-    const Sample sample({12, 18}, 2, true, 6);
-    const std::vector<uint8_t> good = PackPicture(sample.picture, sample.words);
+    const std::vector<uint8_t> good = Sample({12, 18}, 2, true, 6).Pack();
     CImage image;
     for (size_t length = 0; length < good.size(); ++length)
         ASSERT_FALSE(image.LoadPacked({good.data(), length}, "cut")) << length;
@@ -203,38 +196,18 @@ TEST(PackedPicture, SurvivesDamage) {
         }
     }
     EXPECT_GT(refused, good.size() / 10);
-    EXPECT_TRUE(image.LoadPacked(good, "good")) << "usable after all that";
-}
-
-// Scale, alpha, width and height that are none; and more pixels than memory should be risked for.
-TEST(PackedPicture, DoesNotBelieveClaims) {
-    const Sample sample({12, 18}, 2, true);
-    std::vector<uint8_t> good = PackPicture(sample.picture, sample.words);
-    good.resize(good.size() + 1000);
-    CImage image;
-    EXPECT_TRUE(image.LoadPacked(good, "good"));
-    EXPECT_FALSE(image.LoadPacked(good, nullptr));
+    // Scale, alpha, width and height that are none; more pixels than memory should be risked for.
     const std::vector<uint8_t> claims[] = {
         {0}, {5}, {2, 2}, {2, 1, 0, 0}, {2, 1, 12, 0, 0, 0}, {4, 1, 255, 255, 100, 0}};
     for (const std::vector<uint8_t>& claim : claims) {
         std::vector<uint8_t> bad = good;
+        bad.resize(good.size() + 1000);
         std::ranges::copy(claim, bad.begin() + 2);
         EXPECT_FALSE(image.LoadPacked(bad, "bad")) << claim.size();
     }
-}
-
-TEST(PackedPicture, KeepsItsDetailAtItsScale) {
-    const Sample sample({6, 5}, 2, false);
-    CImage image;
-    ASSERT_TRUE(image.LoadPacked(PackPicture(sample.picture, sample.words), "a"));
-    EXPECT_EQ(image.GetSize(), CSize(6, 5));
-    CGraphicBuffer fine(2), coarse(1);
-    for (CGraphicBuffer* buffer : {&fine, &coarse}) {
-        buffer->SetSize(CSize(6, 5));
-        buffer->DrawImage(&image, CRect(0, 0, 6, 5), {0, 0});
-    }
-    EXPECT_TRUE(std::ranges::equal(sample.words, std::span(fine.GetDataAt(0, 0), 12 * 10)));
-    EXPECT_EQ(*coarse.GetDataAt(2, 4), sample.words[8 * 12 + 4]) << "one of each block";
+    EXPECT_FALSE(image.LoadPacked(good, nullptr));
+    EXPECT_FALSE(image.LoadPacked(good, std::string(1024, 'p').c_str()));
+    EXPECT_TRUE(image.LoadPacked(good, "good")) << "usable after all that";
 }
 
 }  // namespace
