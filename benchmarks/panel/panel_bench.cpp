@@ -118,7 +118,7 @@ class Host {
 };
 
 int Run(int scale) {
-    const test::Server server({"-screen", "0", "5130x3192x24"});
+    const test::Server server("-screen 0 5130x3192x24");
     if (!server.IsRunning()) {
         std::fputs("norava_panel_bench: Xvfb is not installed\n", stderr);
         return 2;

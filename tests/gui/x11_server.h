@@ -1,14 +1,13 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
-#include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -32,36 +31,23 @@ std::unique_ptr<T, Free> Own(T* memory) {
 // installed.
 class Server {
   public:
-    explicit Server(std::vector<std::string> options = {}) {
+    explicit Server(const std::string& options = {}) {
         int ends[2];
         if (pipe(ends) != 0) return;
         process = fork();
         if (process == 0) {
-            const std::string descriptor = std::to_string(ends[1]);
-            std::vector<std::string> words{"Xvfb",       "-displayfd", descriptor, "-screen", "0",
-                                           "640x480x24", "-nolisten",  "tcp",      "-ac"};
-            words.insert(words.end(), options.begin(), options.end());
-            std::vector<char*> pointers;
-            for (std::string& word : words)
-                pointers.push_back(word.data());
-            pointers.push_back(nullptr);
-            if (!std::freopen("/dev/null", "w", stderr)) _exit(127);
-            execvp("Xvfb", pointers.data());
+            const std::string command = "exec Xvfb -displayfd " + std::to_string(ends[1]) +
+                                        " -screen 0 640x480x24 -nolisten tcp -ac " + options +
+                                        " 2>/dev/null";
+            execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
             _exit(127);
         }
         close(ends[1]);
         char number[16] = "";
-        size_t length = 0;
-        while (length + 1 < sizeof number && !std::strchr(number, '\n')) {
-            const ssize_t count = read(ends[0], number + length, sizeof number - 1 - length);
-            if (count <= 0) break;
-            length += static_cast<size_t>(count);
-        }
-        close(ends[0]);
-        if (length == 0) return;
-        number[std::strcspn(number, "\n")] = '\0';
-        display = std::string(":") + number;
-        setenv("DISPLAY", display.c_str(), 1);
+        FILE* const told = fdopen(ends[0], "r");
+        if (std::fscanf(told, "%15s", number) == 1) display = std::string(":") + number;
+        std::fclose(told);
+        if (IsRunning()) setenv("DISPLAY", display.c_str(), 1);
     }
     ~Server() { Kill(); }
     Server(const Server&) = delete;
@@ -134,14 +120,13 @@ class Desktop {
         const auto keys = Own(xcb_get_keyboard_mapping_reply(
             raw, xcb_get_keyboard_mapping(raw, setup->min_keycode, count), nullptr));
         const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(keys.get());
-        for (unsigned i = 0; i < count; ++i) {
-            if (symbols[i * keys->keysyms_per_keycode] != symbol) continue;
-            const auto code = static_cast<uint8_t>(setup->min_keycode + i);
-            Fake(XCB_KEY_PRESS, code);
-            Fake(XCB_KEY_RELEASE, code);
-            return;
-        }
-        FAIL() << "no key " << symbol;
+        unsigned key = 0;
+        while (key < count && symbols[key * keys->keysyms_per_keycode] != symbol)
+            ++key;
+        ASSERT_LT(key, count) << "no key " << symbol;
+        const auto code = static_cast<uint8_t>(setup->min_keycode + key);
+        Fake(XCB_KEY_PRESS, code);
+        Fake(XCB_KEY_RELEASE, code);
     }
 
     [[nodiscard]] CPoint WhereIsMouse() const {
@@ -151,7 +136,7 @@ class Desktop {
     [[nodiscard]] xcb_window_t WhoHasFocus() const {
         return Own(xcb_get_input_focus_reply(raw, xcb_get_input_focus(raw), nullptr))->focus;
     }
-    // Red, green, blue with the lowest byte first, as an off-screen view gives them.
+    // Words as an opaque buffer holds them.
     [[nodiscard]] std::vector<uint32_t> Picture(CRect part) const {
         const auto reply = Own(xcb_get_image_reply(
             raw,
@@ -163,7 +148,7 @@ class Desktop {
         std::vector<uint32_t> words(static_cast<size_t>(part.width * part.height));
         std::memcpy(words.data(), xcb_get_image_data(reply.get()), words.size() * 4);
         for (uint32_t& word : words)
-            word = (word & 0xFFu) << 16 | (word & 0xFF00u) | (word >> 16 & 0xFFu);
+            word = 0xFF000000u | (word & 0xFFu) << 16 | (word & 0xFF00u) | (word >> 16 & 0xFFu);
         return words;
     }
     xcb_atom_t Atom(const std::string& name) {

@@ -52,7 +52,7 @@ class PanelTest : public testing::Test {
         return Open() && Idle([this] { return IsShown(); });
     }
 
-    test::Server server{{"-screen", "0", "1280x768x24"}};
+    test::Server server{"-screen 0 1280x768x24"};
     std::unique_ptr<test::Desktop> desktop;
     std::unique_ptr<VstInstance> instance;
     xcb_window_t parent = 0;
