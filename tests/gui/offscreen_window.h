@@ -135,6 +135,11 @@ class TestControl : public CControl {
     Log& log;
 };
 
+inline void Type(OffscreenView& view, const std::string& letters) {
+    for (const char letter : letters)
+        view.PressKey(static_cast<unsigned char>(letter));
+}
+
 // How many of an entry.
 inline long Count(const Log& log, const std::string& entry) {
     return std::count(log.begin(), log.end(), entry);
