@@ -13,18 +13,15 @@
 namespace {
 
 thread_local bool counting = false;
-thread_local int memoryCalls = 0;
-thread_local int lockCalls = 0;
+thread_local norava::CallReport report;
 
 // Read by the kernel at each system call of the thread.
 constexpr char kAllow = 0;
 constexpr char kBlock = 1;
 thread_local volatile char selector = kAllow;
-thread_local volatile int numSystemCalls = 0;
-thread_local volatile int firstSystemCall = -1;
 
 void CountMemory() {
-    if (counting) ++memoryCalls;
+    if (counting) ++report.memoryCalls;
 }
 
 void OnSystemCall(int, siginfo_t* info, [[maybe_unused]] void* context) {
@@ -35,8 +32,8 @@ void OnSystemCall(int, siginfo_t* info, [[maybe_unused]] void* context) {
 #elif defined(__aarch64__)
     static_cast<ucontext_t*>(context)->uc_mcontext.pc -= 4;
 #endif
-    numSystemCalls = numSystemCalls + 1;
-    firstSystemCall = info->si_syscall;
+    ++report.systemCalls;
+    report.firstSystemCall = info->si_syscall;
 }
 
 }  // namespace
@@ -78,7 +75,7 @@ NORAVA_TWIN void* aligned_alloc(std::size_t alignment, std::size_t size) {
 #define NORAVA_LOCK_TWIN(name, type)                                                        \
     NORAVA_TWIN int name(type* lock) {                                                      \
         static const auto next = reinterpret_cast<int (*)(type*)>(dlsym(RTLD_NEXT, #name)); \
-        if (counting) ++lockCalls;                                                          \
+        if (counting) ++report.lockCalls;                                                   \
         return next(lock);                                                                  \
     }
 NORAVA_LOCK_TWIN(pthread_mutex_lock, pthread_mutex_t)
@@ -96,10 +93,8 @@ CallReport WatchCalls(const std::function<void()>& step) {
     action.sa_sigaction = OnSystemCall;
     action.sa_flags = SA_SIGINFO;
     sigaction(SIGSYS, &action, &before);
-    memoryCalls = lockCalls = 0;
-    numSystemCalls = 0;
-    firstSystemCall = -1;
-    const bool seen = prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, 0, 0, &selector) == 0;
+    report = {};
+    prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_ON, 0, 0, &selector);
     counting = true;
     selector = kBlock;
     step();
@@ -107,7 +102,7 @@ CallReport WatchCalls(const std::function<void()>& step) {
     counting = false;
     prctl(PR_SET_SYSCALL_USER_DISPATCH, PR_SYS_DISPATCH_OFF, 0, 0, 0);
     sigaction(SIGSYS, &before, nullptr);
-    return {memoryCalls, lockCalls, numSystemCalls, firstSystemCall, seen};
+    return report;
 }
 
 }  // namespace norava

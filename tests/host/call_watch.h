@@ -8,9 +8,8 @@ namespace norava {
 struct CallReport {
     int memoryCalls = 0;
     int lockCalls = 0;
-    int systemCalls = 0;           // 0 or 1: the first one ends the watch for them
-    int firstSystemCall = -1;      // its number
-    bool systemCallsSeen = false;  // false: this kernel cannot tell
+    int systemCalls = 0;       // 0 or 1: the first one ends the watch for them
+    int firstSystemCall = -1;  // its number
 };
 
 // What the calling thread does in a step. Memory and lock functions are counted by twins that the

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -65,6 +64,15 @@ TEST_F(PanelTest, OpensInTheHostsWindowAndReportsEdits) {
     EXPECT_EQ(rect->right, 855);
     EXPECT_EQ(rect->bottom, 532);
     ASSERT_TRUE(Show());
+    VstInstance other;
+    ASSERT_TRUE(Open(other, desktop->MakeWindow({0, 540, 855, 220})));
+    const auto knob = [&](int top) { return desktop->Picture({84, top + 105, 47, 42}); };
+    const auto still = knob(0);
+    const auto isAlone = [&](bool moved) {
+        other.Dispatch(vst::effEditIdle);
+        return knob(540) == still && (knob(0) != still) == moved;
+    };
+    ASSERT_TRUE(Idle([&] { return isAlone(false); }));
 
     const float before = instance->Get(kHiCutCutoff);
     desktop->MoveMouse(kOnCutoff);
@@ -83,6 +91,7 @@ TEST_F(PanelTest, OpensInTheHostsWindowAndReportsEdits) {
     EXPECT_EQ(instance->automated.back(), std::pair(kHiCutCutoff, instance->Get(kHiCutCutoff)));
     EXPECT_NE(instance->Get(kHiCutCutoff), before);
     EXPECT_EQ(desktop->WhereIsMouse(), kOnCutoff) << "the pointer comes back";
+    EXPECT_TRUE(Idle([&] { return isAlone(true); })) << "another instance's panel is its own";
 }
 
 #ifndef NORAVA_SANITIZED
@@ -107,36 +116,12 @@ TEST_F(PanelTest, IsNothingThatSoundWaitsFor) {
 TEST_F(PanelTest, MovesItsStringsWhileSoundIsMade) {
     ASSERT_TRUE(Show());
     const auto still = desktop->Picture({0, 0, 855, 532});
-    std::atomic<bool> done = false;
-    std::thread audio([&] {
-        for (int i = 0; !done; ++i) {
-            if (i % 20 == 0) instance->Note(60 + i / 20 % 12);
-            instance->Render(256, 256);
-        }
+    const auto audio = test::Repeatedly([&](int i) {
+        if (i % 20 == 0) instance->Note(60 + i / 20 % 12);
+        instance->Render(256, 256);
     });
     int rounds = 0;
     EXPECT_TRUE(Idle([&] { return ++rounds > 60 && desktop->Picture({0, 0, 855, 532}) != still; }));
-    done = true;
-    audio.join();
-}
-
-TEST_F(PanelTest, PanelsOfSeveralInstancesKeepApart) {
-    const auto knob = [this](int top) { return desktop->Picture({84, top + 105, 47, 42}); };
-    ASSERT_TRUE(Open());
-    VstInstance other;
-    const xcb_window_t below = desktop->MakeWindow({0, 540, 855, 220});
-    ASSERT_TRUE(Open(other, below));
-    const auto idleUntil = [&](const auto& condition) {
-        return Idle([&] {
-            other.Dispatch(vst::effEditIdle);
-            return condition();
-        });
-    };
-    ASSERT_TRUE(idleUntil([&] { return IsShown() && knob(0) == knob(540); }));
-    const auto before = knob(0);
-    other.Set(kHiCutCutoff, 0.9f);
-    EXPECT_TRUE(idleUntil([&] { return knob(540) != before; }));
-    EXPECT_EQ(knob(0), before);
 }
 
 TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
@@ -166,21 +151,12 @@ TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
         instance->Dispatch(vst::effEditIdle);
     EXPECT_FALSE(Open());
     instance->Note(64);
-    EXPECT_TRUE(IsFinite(instance->Render(4800)));
+    EXPECT_TRUE(instance->Render(4800).IsFinite());
     instance.reset();  // effClose with whatever is left of the panel
     EXPECT_EQ(brokenPipeHandler(), before) << "the signal of a lost server is the host's";
 }
 
-class Storm : public PanelTest {
-  protected:
-    void SetUp() override {
-        root = UseProgramFolder("storm");
-        PanelTest::SetUp();
-    }
-    ~Storm() override { UseProgramFolder("empty"); }
-
-    std::string root;
-};
+using Storm = PanelTest;
 
 // Everything that a session does: two instances play on two threads while others automate, load and
 // save states, put program files into the library and take them away, and a user who cannot sit
@@ -188,19 +164,15 @@ class Storm : public PanelTest {
 // long.
 TEST_F(Storm, EverythingAtOnce) {
     namespace fs = std::filesystem;
+    const std::string root = UseProgramFolder("storm");
+    instance = std::make_unique<VstInstance>(48000.0f);
     constexpr xcb_keysym_t kEscape = 0xff1b;
     VstInstance other(44100.0f);
     const xcb_window_t windows[] = {parent, desktop->MakeWindow({300, 0, 855, 532})};
     VstInstance* const instances[] = {instance.get(), &other};
     const std::vector<char> state = other.Chunk();
-    std::atomic<bool> done = false;
-    std::vector<std::thread> threads;
-    const auto run = [&](auto step) {
-        threads.emplace_back([&done, step] {
-            for (int i = 0; !done; ++i)
-                step(i);
-        });
-    };
+    std::vector<std::jthread> threads;
+    const auto run = [&](auto step) { threads.push_back(test::Repeatedly(step)); };
     for (VstInstance* const one : instances) {
         one->forgetsReports = true;
         run([one](int i) {
@@ -209,7 +181,7 @@ TEST_F(Storm, EverythingAtOnce) {
                        {i % 64, {0xC0, number, 0}},
                        {0, {0x90, number, 100}},
                        {40, {0xB0, number, number}}});
-            ASSERT_TRUE(IsFinite(one->Render(256)));
+            ASSERT_TRUE(one->Render(256).IsFinite());
         });
         run([one](int i) {
             one->Set(i % VstInstance::kParams, static_cast<float>(i % 11) / 10.0f);
@@ -245,9 +217,8 @@ TEST_F(Storm, EverythingAtOnce) {
         if (i % 3 == 0) desktop->Click(static_cast<uint8_t>(1 + below(5)));
         if (i % 7 == 0) desktop->Type(kEscape);
     }
-    done = true;
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear();
+    UseProgramFolder("empty");
 }
 
 }  // namespace

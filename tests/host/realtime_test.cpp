@@ -2,27 +2,20 @@
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "host/call_watch.h"
 #include "host/vst_host.h"
-#include "parameters/parameter_index.h"
 
 // Nothing inside the host's processing and event calls may wait for anything.
 
 namespace norava {
 namespace {
-
-using namespace param;
 
 using Message = VstInstance::Message;
 
@@ -30,22 +23,6 @@ void ExpectQuiet(const CallReport& report, const char* what) {
     EXPECT_EQ(report.memoryCalls, 0) << what;
     EXPECT_EQ(report.lockCalls, 0) << what;
     EXPECT_EQ(report.systemCalls, 0) << what << ": system call " << report.firstSystemCall;
-}
-
-TEST(CallWatch, SeesWhatItIsMadeFor) {
-    std::mutex mutex;
-    const CallReport report = WatchCalls([&] {
-        // Volatile: a compiler may leave out memory that nobody uses.
-        int* volatile memory = new int(1);
-        delete memory;
-        mutex.lock();
-        mutex.unlock();
-        getppid();
-    });
-    EXPECT_EQ(report.memoryCalls, 2);
-    EXPECT_EQ(report.lockCalls, 1);
-    if (!report.systemCallsSeen) GTEST_SKIP() << "this kernel does not report system calls";
-    EXPECT_EQ(report.systemCalls, 1);
 }
 
 // One host block, as hosts of both kinds ask for it.
@@ -72,17 +49,11 @@ std::vector<Message> AllKeys() {
     return messages;
 }
 
-void SwitchEverythingOn(VstInstance& instance) {
-    instance.SwitchEffectsOn();
-    for (int band = 0; band < kResonatorBands; ++band)
-        instance.Set(kResonatorOn + band, 1.0f);
-}
-
 TEST(ModuleRealtime, WaitsForNothingWhilePlaying) {
     for (const float rate : {44100.0f, 48000.0f, 192000.0f}) {
         VstInstance instance(rate);
         ExpectQuiet(Block(instance, 64), "the first block");
-        SwitchEverythingOn(instance);
+        instance.SwitchEverythingOn();
         ExpectQuiet(Block(instance, 0), "effects switched on in an empty block");
         ExpectQuiet(Block(instance, 64, AllKeys()), "all keys started");
         ExpectQuiet(Block(instance, 2048, AllKeys()), "all keys started again");
@@ -131,7 +102,7 @@ TEST(ModuleRealtime, TakesNoNewPagesWhilePlaying) {
         return usage.ru_minflt;
     };
     VstInstance instance(96000.0f);
-    SwitchEverythingOn(instance);
+    instance.SwitchEverythingOn();
     // The first notes bring in the code that plays them.
     Block(instance, 2048, {Note(60)});
     Block(instance, 2048, {Note(60)});
@@ -146,16 +117,12 @@ TEST(ModuleRealtime, WaitsForNothingWhileOthersLoadSaveAndLook) {
     VstInstance instance(48000.0f);
     instance.forgetsReports = true;
     const std::vector<char> one = instance.Chunk();
-    instance.Set(kReverbOn, 1.0f);
-    std::atomic<bool> done = false;
-    std::thread owner([&] {
-        std::vector<char> other = instance.Chunk();
-        for (int i = 0; !done; ++i) {
-            instance.LoadChunk(i % 2 == 0 ? one : other);
-            instance.ProgramName();
-            instance.Text(vst::effGetParamDisplay, i % VstInstance::kParams, 32);
-            other = instance.Chunk();
-        }
+    instance.Set(param::kReverbOn, 1.0f);
+    const auto owner = test::Repeatedly([&, other = instance.Chunk()](int i) mutable {
+        instance.LoadChunk(i % 2 == 0 ? one : other);
+        instance.ProgramName();
+        instance.Text(vst::effGetParamDisplay, i % VstInstance::kParams, 32);
+        other = instance.Chunk();
     });
     std::vector<Message> messages(129);
     for (unsigned char controller = 0; controller < 128; ++controller)
@@ -164,8 +131,6 @@ TEST(ModuleRealtime, WaitsForNothingWhileOthersLoadSaveAndLook) {
         messages[0] = Note(24 + block % 84);
         ExpectQuiet(Block(instance, 128, messages), "another thread loads, saves and shows");
     }
-    done = true;
-    owner.join();
 }
 
 void WriteProgram(const std::string& path, const std::vector<char>& bytes) {
@@ -184,17 +149,14 @@ TEST(ModulePrograms, ChangeWithoutWaitingWhileFilesComeAndGo) {
     VstInstance instance(48000.0f);
     EXPECT_EQ(instance.ProgramName(), "0") << "it starts with the first";
     instance.forgetsReports = true;
-    std::atomic<bool> done = false;
-    std::thread files([&] {
-        for (int i = 0; !done; ++i) {
-            const std::string path = root + "/Pads/new " + std::to_string(i % 7) + ".norava";
-            WriteProgram(path, plain);
-            std::filesystem::rename(path, root + "/Keys/moved.norava");
-            std::filesystem::remove(root + "/Keys/moved.norava");
-            WriteProgram(root + "/A new one/first.norava", plain);
-            std::filesystem::rename(root + "/A new one", root + "/Renamed");
-            std::filesystem::remove_all(root + "/Renamed");
-        }
+    const auto files = test::Repeatedly([&](int i) {
+        const std::string path = root + "/Pads/new " + std::to_string(i % 7) + ".norava";
+        WriteProgram(path, plain);
+        std::filesystem::rename(path, root + "/Keys/moved.norava");
+        std::filesystem::remove(root + "/Keys/moved.norava");
+        WriteProgram(root + "/A new one/first.norava", plain);
+        std::filesystem::rename(root + "/A new one", root + "/Renamed");
+        std::filesystem::remove_all(root + "/Renamed");
     });
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
     for (int i = 0; std::chrono::steady_clock::now() < end; ++i) {
@@ -204,8 +166,6 @@ TEST(ModulePrograms, ChangeWithoutWaitingWhileFilesComeAndGo) {
                           {Note(60, 10), {64, {0xB0, 32, category}}, {128, {0xC0, number, 0}}}),
                     "program changes while files come and go");
     }
-    done = true;
-    files.join();
     UseProgramFolder("empty");
 }
 
