@@ -35,6 +35,17 @@ def wait(step, condition, seconds=40):
         time.sleep(0.1)
 
 
+def insist(step, act, condition, tries=range(5), seconds=8):
+    """Acts until there is an answer: a host that is not ready yet hears nothing."""
+    for number in tries:
+        act(number)
+        try:
+            return wait(step, condition, seconds)
+        except StepFailed:
+            continue
+    raise StepFailed(f"{step}: not in {len(tries)} tries")
+
+
 def check(step, holds, found=""):
     if not holds:
         raise StepFailed(f"{step}: {found}")
@@ -47,28 +58,26 @@ class Picture:
     def __init__(self, width, height, data):
         self.width, self.height, self.data = width, height, data
 
+    def row(self, y):
+        """Its pixels without the unused byte."""
+        line = self.data[4 * self.width * y:][:4 * self.width]
+        return [line[x:x + 3] for x in range(0, len(line), 4)]
+
     def differing(self, other):
         """The rectangle (left, top, right, bottom) in which two pictures of a size differ; None where they do not."""
-        stride = 4 * self.width
-        rows = [y for y in range(self.height) if self.data[y * stride:][:stride] != other.data[y * stride:][:stride]]
-        if not rows:
-            return None
-        columns = [
-            x for x in range(self.width)
-            if any(self.data[y * stride + 4 * x:][:3] != other.data[y * stride + 4 * x:][:3] for y in rows)
-        ]
-        return (columns[0], rows[0], columns[-1] + 1, rows[-1] + 1) if columns else None
+        places = [(x, y) for y in range(self.height)
+                  for x, (mine, its) in enumerate(zip(self.row(y), other.row(y))) if mine != its]
+        columns, rows = zip(*places) if places else ((), ())
+        return (min(columns), min(rows), max(columns) + 1, max(rows) + 1) if places else None
 
     def colours(self):
-        return len({self.data[i:i + 3] for i in range(0, len(self.data), 4)})
+        return len({pixel for y in range(self.height) for pixel in self.row(y)})
 
     def save(self, path):
         def chunk(kind, body):
             return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
 
-        rgb = bytearray(3 * self.width * self.height)
-        rgb[0::3], rgb[1::3], rgb[2::3] = self.data[2::4], self.data[1::4], self.data[0::4]
-        rows = b"".join(b"\0" + rgb[y:y + 3 * self.width] for y in range(0, len(rgb), 3 * self.width))
+        rows = b"".join(b"\0" + b"".join(pixel[::-1] for pixel in self.row(y)) for y in range(self.height))
         header = struct.pack(">IIBBBBB", self.width, self.height, 8, 2, 0, 0, 0)
         with open(path, "wb") as file:
             file.write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header))

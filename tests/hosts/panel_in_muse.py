@@ -11,18 +11,18 @@ import re
 import shutil
 import zlib
 
-from desktop import StepFailed, check, wait
-from panel_steps import RELEASE, Panel, first_session, run, second_session
+from desktop import check, insist, wait
+from panel_steps import RELEASE, Host, first_session, run, second_session
 
 FIRST_CONTROLLER = 0x9000  # what MusE counts a plug-in's parameters from
 TEMPLATE = "/usr/share/muse/templates/default.med"
 
 
-class Muse:
+class Muse(Host):
     """MusE with the song, from its start to its quitting."""
 
     def __init__(self, desktop, song):
-        self.desktop, self.song = desktop, song
+        super().__init__(desktop, song, "</muse>")
         self.process = desktop.start("muse", "-j", song)
         self.main = wait("MusE's window", lambda: desktop.window(r"^MusE Project: .* — MusE$"), 90)
         tip = wait("the tip of the day", self.past_questions)
@@ -52,19 +52,13 @@ class Muse:
         self.desktop.keys(*"norava", "Tab", "Return")
         wait("the list goes", lambda: not self.desktop.window("Select Software Synthesizer"))
 
-    def widen_track_list(self):
-        """Draws the bar beside the list to the right; it is a few pixels wide, in a place that hangs on the icons."""
-        for bar in range(318, 330, 2):
-            self.desktop.move(*self.at(bar, 465))
-            self.desktop.button(1, True)
-            for x in range(340, 721, 20):
-                self.desktop.move(*self.at(x, 465))
-            self.desktop.button(1, False)
-            try:
-                return wait("the track list grows", self.is_wide, 2)
-            except StepFailed:
-                continue
-        raise StepFailed("the track list does not grow")
+    def draw_bar(self, bar):
+        """To the right: the one beside the list is a few pixels wide, in a place that hangs on the icons."""
+        self.desktop.move(*self.at(bar, 465))
+        self.desktop.button(1, True)
+        for x in range(340, 721, 20):
+            self.desktop.move(*self.at(x, 465))
+        self.desktop.button(1, False)
 
     def is_wide(self):
         """Tracks in the list have colours, the arranger beside it is grey."""
@@ -74,45 +68,21 @@ class Muse:
     def open_panel(self):
         """By a double click in the track's column "Port", which is drawn into view first."""
         self.desktop.bring_up(self.main)
-        self.widen_track_list()
-        window = None
-        for _ in range(5):  # the first one may come before the track is drawn
-            self.desktop.click(*self.at(349, 224), times=2)
-            try:
-                window = wait("the window with the panel", lambda: self.desktop.window("Norava-0:Norava"), 8)
-                break
-            except StepFailed:
-                continue
-        check("the panel's window opens", window)
-        self.desktop.bring_up(window)
-        self.desktop.put(window, 660, 100)
-        return Panel(self.desktop, window, (1200, 970))
+        insist("the track list grows", self.draw_bar, self.is_wide, range(318, 330, 2), 2)
+        return self.show_panel(self.at(349, 224), "Norava-0:Norava", (660, 100), (1200, 970))
 
     def save(self):
         """Saves; returns the instrument's state from the song."""
-        before = os.stat(self.song).st_mtime_ns
-        self.desktop.bring_up(self.main)
-        self.desktop.keys("Control_L+s")
-        wait("the song is saved", lambda: os.stat(self.song).st_mtime_ns != before)
-        packed = base64.b64decode(re.search(r"<customData>([^<]*)</customData>", self.whole_song()).group(1))
-        return zlib.decompress(packed[4:])
+        packed = re.search(r"<customData>([^<]*)</customData>", self.saved_file()).group(1)
+        return zlib.decompress(base64.b64decode(packed)[4:])
 
     def value(self):
-        self.save()
+        """As MusE itself has it."""
         pattern = rf'<controller id="{FIRST_CONTROLLER + RELEASE}" cur="([^"]*)"'
-        return float(re.search(pattern, self.whole_song()).group(1))
+        return float(re.search(pattern, self.saved_file()).group(1))
 
-    def whole_song(self):
-        def read():
-            with open(self.song, encoding="utf-8") as file:
-                content = file.read()
-            return content if content.rstrip().endswith("</muse>") else None
-
-        return wait("the whole song", read)
-
-    def quit(self):
+    def ask_to_quit(self):
         self.desktop.tell(self.main, "_NET_CLOSE_WINDOW")
-        wait("MusE ends by itself", lambda: self.process.poll() is not None)
 
 
 def server_name():

@@ -1,9 +1,10 @@
 """What is done to the panel in every host: a look at it, a drag of a knob, a change of its size."""
 
+import os
 import struct
 import sys
 
-from desktop import PANEL, Desktop, StepFailed, check, wait
+from desktop import PANEL, Desktop, StepFailed, check, insist, wait
 
 RELEASE = 5  # "Amp Release"
 ON_RELEASE = (647, 308)
@@ -15,6 +16,40 @@ def value_in_state(state, index=RELEASE):
     """A parameter's value in a saved state."""
     check("the state is whole", len(state) == 588 and state[:4] == b"1qzW", f"{len(state)} bytes")
     return struct.unpack_from("<f", state, 4 + 4 * index)[0]
+
+
+class Host:
+    """A host that has opened `file`: its process and its main window, once it has them. What it saves ends with `end`."""
+
+    def __init__(self, desktop, file, end):
+        self.desktop, self.file, self.end = desktop, file, end
+        self.process = self.main = None
+
+    def show_panel(self, place, title, corner, pause_at):
+        window = insist("the window with the panel", lambda _: self.desktop.click(*place, times=2),
+                        lambda: self.desktop.window(title))
+        self.desktop.bring_up(window)
+        self.desktop.put(window, *corner)
+        return Panel(self.desktop, window, pause_at)
+
+    def strike(self, keys):
+        self.desktop.bring_up(self.main)
+        self.desktop.keys(keys)
+
+    def saved_file(self):
+        """Saves; returns the whole file."""
+        before = os.stat(self.file).st_mtime_ns
+
+        def content():
+            with open(self.file, encoding="utf-8") as file:
+                text = file.read()
+            return text if os.stat(self.file).st_mtime_ns != before and text.rstrip().endswith(self.end) else None
+
+        return insist("the whole file is saved", lambda _: self.strike("Control_L+s"), content)
+
+    def quit(self):
+        self.ask_to_quit()
+        wait("the host ends by itself", lambda: self.process.poll() is not None)
 
 
 class Panel:
