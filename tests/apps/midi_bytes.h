@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <string_view>
 #include <vector>
 
@@ -15,11 +14,8 @@ inline Bytes operator+(Bytes left, const Bytes& right) {
 }
 
 inline Bytes Chunk(std::string_view letters, const Bytes& content) {
-    const auto length = std::uint32_t(content.size());
-    return Bytes(letters.begin(), letters.end()) +
-           Bytes{std::uint8_t(length >> 24), std::uint8_t(length >> 16 & 0xFF),
-                 std::uint8_t(length >> 8 & 0xFF), std::uint8_t(length & 0xFF)} +
-           content;
+    const auto high = std::uint8_t(content.size() >> 8), low = std::uint8_t(content.size() & 0xFF);
+    return Bytes(letters.begin(), letters.end()) + Bytes{0, 0, high, low} + content;
 }
 
 inline Bytes Header(std::uint8_t format, std::uint8_t tracks, std::uint8_t divisionHigh = 0,
@@ -27,10 +23,8 @@ inline Bytes Header(std::uint8_t format, std::uint8_t tracks, std::uint8_t divis
     return Chunk("MThd", {0, format, 0, tracks, divisionHigh, divisionLow});
 }
 
-inline const Bytes kEndOfTrack = {0, 0xFF, 0x2F, 0};
-
 inline Bytes Track(const Bytes& events) {
-    return Chunk("MTrk", events + kEndOfTrack);
+    return Chunk("MTrk", events + Bytes{0, 0xFF, 0x2F, 0});
 }
 
 // One track of 96 ticks a quarter.

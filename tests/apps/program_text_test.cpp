@@ -4,11 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
-#include <random>
 #include <set>
 
-#include "apps/error_of.h"
 #include "files/scratch_folder.h"
 #include "parameters/parameter_table.h"
 #include "presets/factory_bank.h"
@@ -20,6 +17,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::ThrowsMessage;
 
 TEST(ProgramText, TakesWhatPeopleWrite) {
     const Program program = ParseProgram(
@@ -36,48 +34,27 @@ TEST(ProgramText, TakesWhatPeopleWrite) {
     EXPECT_THAT(std::span(program.values).subspan(param::kMatrix + 8, 4),
                 ElementsAre(3.0f, 0.5f, 1.0f, 12.0f));
     EXPECT_EQ(program.values[param::kMasterLevel], 0.5f) << "what is not named keeps its default";
+    EXPECT_EQ(ToBlock(ParseProgram(WriteProgram(program), "x.txt")), ToBlock(program));
 }
 
 TEST(ProgramText, NamesTheLineThatItCannotTake) {
-    const struct {
-        std::string text;
-        const char* complaint;
-    } cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"Name = A\n\nStr1 Decay = 1.5", "x.txt:3: "},
-        {"Name = A\nStr9 Decay = 1", "x.txt:2: "},
         {"Name = A\nTune = 0.5\ntune = 0.5", "twice"},
         {"Mod 1 = lfo > pan 1\nMatrix 1 Amount = 1", "twice"},
         {"Mod 9 = lfo > pan 1", "Mod 8"},
-        {"Mod 1 = lfo > pan", "SOURCE"},
         {"Mod 1 = lfo > moon 1", "hi-cut ctf"},
         {"Tune = 0.5", "'Name = ...'"},
         {"Name = " + std::string(128, 'x'), "127"},
         {"Name = a\\x0", "hexadecimal"},
     };
     for (const auto& [text, complaint] : cases)
-        EXPECT_THAT(ErrorOf(ParseProgram, text, "x.txt"), HasSubstr(complaint));
+        EXPECT_THAT([&] { ParseProgram(text, "x.txt"); },
+                    ThrowsMessage<BadInput>(HasSubstr(complaint)));
 }
 
-// Whatever bits a block holds, its text gives them back: numbers that are none, values beyond
-// their range, selectors between two items, a name that would break its line.
-TEST(ProgramText, GivesBackEveryBitOfABlock) {
-    std::mt19937 random(7);
-    constexpr std::uint32_t kOdd[] = {0x00000000, 0x80000000, 0x3f800000, 0x3f000000, 0x7fc00001,
-                                      0xff800000, 0x40400000, 0x40200000, 0x00000001, 0x3eaaaaab};
-    for (int round = 0; round < 300; ++round) {
-        Program program;
-        program.name = " odd \\ name\n\x7f \xc3\xa9 ";
-        for (float& value : program.values) {
-            if (random() % 3 == 0) continue;
-            value = std::bit_cast<float>(random() % 2 ? kOdd[random() % std::size(kOdd)]
-                                                      : std::uint32_t(random()));
-        }
-        const std::string text = WriteProgram(program);
-        EXPECT_EQ(ToBlock(ParseProgram(text, "x.txt")), ToBlock(program)) << text;
-    }
-}
-
-TEST(ProgramFile, ReadsBlocksAndHostsFiles) {
+// Which files are taken, and that any bits of a block go through a text, fuzz targets hold.
+TEST(ProgramFile, ReadsBlocksTextsAndHostsFiles) {
     const ScratchFolder folder;
     Program program;
     program.name = "Saved";
@@ -85,15 +62,11 @@ TEST(ProgramFile, ReadsBlocksAndHostsFiles) {
     SaveProgram(folder / "a.norava", program);
     SaveProgram(folder / "a.txt", program);
     const StateBlock block = ToBlock(program);
-    const std::string bytes(block.begin(), block.end()), rest(48, '\0');
-    folder.Write("b.fxp", "CcnK????FPCh" + rest + bytes);
+    folder.Write("b.fxp",
+                 "CcnK????FPCh" + std::string(48, '\0') + std::string(block.begin(), block.end()));
     for (const char* name : {"a.norava", "a.txt", "b.fxp"})
         EXPECT_EQ(ToBlock(LoadProgram(folder / name)), block) << name;
     EXPECT_EQ(folder.Names().size(), 3u) << "nothing is left of the saving";
-
-    EXPECT_THROW(LoadProgram(folder.Write("empty.fxp", "CcnK????FPCh" + rest)), BadInput);
-    EXPECT_THROW(LoadProgram(folder.Write("c.fxp", "CcnK????xPCh" + rest + bytes)), BadInput);
-    EXPECT_THROW(LoadProgram(folder.Write("c.norava", "1qzw" + rest)), BadInput);
     EXPECT_THROW(LoadProgram(folder.Path()), BadInput);
 }
 
@@ -104,20 +77,20 @@ TEST(FactoryBank, HoldsTheTexts) {
     ASSERT_EQ(bank.size(), texts.size());
     std::set<std::string> categories, names;
     for (std::size_t i = 0; i < bank.size(); ++i) {
-        const Program& program = texts[i].program;
+        const auto& [category, path, program] = texts[i];
         SCOPED_TRACE(program.name);
-        EXPECT_EQ(bank[i].category, texts[i].category);
+        EXPECT_EQ(bank[i].category, category);
         EXPECT_EQ(bank[i].name, program.name);
         const auto toByte = [](char c) { return static_cast<unsigned char>(c); };
         EXPECT_TRUE(std::ranges::equal(bank[i].block, ToBlock(program), {}, {}, toByte));
-        categories.insert(texts[i].category);
-        EXPECT_TRUE(names.insert(program.name).second) << "twice";
+        categories.insert(category);
+        names.insert(program.name);
         EXPECT_FALSE(program.author.empty() || program.tags.empty() || program.description.empty());
-        EXPECT_EQ((texts[i].category + program.name).find_first_of("/\\:*?\"<>|."),
-                  std::string::npos);
+        EXPECT_EQ((category + program.name).find_first_of("/\\:*?\"<>|."), std::string::npos);
     }
     EXPECT_GE(categories.size(), 8u);
-    EXPECT_GE(names.size(), 96u);
+    EXPECT_EQ(names.size(), bank.size()) << "none twice";
+    EXPECT_GE(bank.size(), 96u);
 }
 
 }  // namespace
