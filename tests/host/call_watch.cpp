@@ -43,8 +43,6 @@ void OnSystemCall(int, siginfo_t* info, [[maybe_unused]] void* context) {
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier): the C library's own names
 void* __libc_malloc(std::size_t);
-void* __libc_calloc(std::size_t, std::size_t);
-void* __libc_realloc(void*, std::size_t);
 void __libc_free(void*);
 void* __libc_memalign(std::size_t, std::size_t);
 // NOLINTEND(bugprone-reserved-identifier)
@@ -53,14 +51,6 @@ void* __libc_memalign(std::size_t, std::size_t);
 NORAVA_TWIN void* malloc(std::size_t size) {
     CountMemory();
     return __libc_malloc(size);
-}
-NORAVA_TWIN void* calloc(std::size_t count, std::size_t size) {
-    CountMemory();
-    return __libc_calloc(count, size);
-}
-NORAVA_TWIN void* realloc(void* memory, std::size_t size) {
-    CountMemory();
-    return __libc_realloc(memory, size);
 }
 NORAVA_TWIN void free(void* memory) {
     CountMemory();
@@ -80,8 +70,6 @@ NORAVA_TWIN void* aligned_alloc(std::size_t alignment, std::size_t size) {
     }
 NORAVA_LOCK_TWIN(pthread_mutex_lock, pthread_mutex_t)
 NORAVA_LOCK_TWIN(pthread_mutex_trylock, pthread_mutex_t)
-NORAVA_LOCK_TWIN(pthread_rwlock_rdlock, pthread_rwlock_t)
-NORAVA_LOCK_TWIN(pthread_rwlock_wrlock, pthread_rwlock_t)
 #undef NORAVA_LOCK_TWIN
 // NOLINTEND(bugprone-macro-parentheses)
 

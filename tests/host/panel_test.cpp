@@ -125,35 +125,30 @@ TEST_F(PanelTest, MovesItsStringsWhileSoundIsMade) {
 }
 
 TEST_F(PanelTest, SurvivesWhatHostsDoToItsWindow) {
-    const auto brokenPipeHandler = [] {
-        struct sigaction action;
-        sigaction(SIGPIPE, nullptr, &action);
-        return action.sa_handler;
+    auto* const before = std::signal(SIGPIPE, SIG_DFL);
+    const auto idle = [&] {
+        for (int i = 0; i < 5; ++i)
+            instance->Dispatch(vst::effEditIdle);
     };
-    auto* const before = brokenPipeHandler();
     for (int i = 0; i < 20; ++i) {
         ASSERT_TRUE(Open()) << i;
-        instance->Dispatch(vst::effEditIdle);
-        instance->Note(60);
-        instance->Render(512);
+        idle();
         if (i % 2) instance->Dispatch(vst::effEditClose);  // else it is moved by the next opening
     }
     ASSERT_TRUE(Open());
     xcb_destroy_window(desktop->raw, parent);
     desktop->Synchronise();
-    for (int i = 0; i < 5; ++i)
-        instance->Dispatch(vst::effEditIdle);
+    idle();
     instance->Dispatch(vst::effEditClose);
     parent = desktop->MakeWindow({0, 0, 1000, 700});
     ASSERT_TRUE(Open());
     server.Kill();
-    for (int i = 0; i < 5; ++i)
-        instance->Dispatch(vst::effEditIdle);
+    idle();
     EXPECT_FALSE(Open());
     instance->Note(64);
     EXPECT_TRUE(instance->Render(4800).IsFinite());
     instance.reset();  // effClose with whatever is left of the panel
-    EXPECT_EQ(brokenPipeHandler(), before) << "the signal of a lost server is the host's";
+    EXPECT_EQ(std::signal(SIGPIPE, before), SIG_DFL) << "the signal of a lost server is the host's";
 }
 
 using Storm = PanelTest;

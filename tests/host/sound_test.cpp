@@ -64,23 +64,20 @@ TEST(ModuleSound, PassesOverEventsOfOtherKinds) {
 
 TEST(ModuleSound, WorksInBlocksOfEverySize) {
     VstInstance instance(44100.0f);
-    constexpr std::size_t kLargest = 8192;
     constexpr float kUntouched = 12345.0f;
-    // One float off, because hosts cut their buffers anywhere.
-    std::vector<float> left(kLargest + 2);
-    std::vector<float> right(kLargest + 2);
-    for (std::size_t frames = 0; frames <= kLargest; ++frames) {
+    std::array<std::vector<float>, 2> channels;
+    for (std::size_t frames = 0; frames <= 8192; ++frames) {
         if (frames % 1000 == 0) instance.Note(48 + static_cast<int>(frames / 1000));
-        for (std::vector<float>* channel : {&left, &right}) {
-            std::fill_n(channel->begin(), frames + 1, NAN);  // what is not written is no number
-            channel->front() = (*channel)[frames + 1] = kUntouched;
+        for (std::vector<float>& channel : channels) {
+            channel.assign(frames + 2, NAN);  // what is not written is no number
+            channel.front() = channel.back() = kUntouched;
         }
-        instance.Process(left.data() + 1, right.data() + 1, static_cast<int>(frames));
-        for (const std::vector<float>* channel : {&left, &right}) {
-            ASSERT_EQ(channel->front(), kUntouched);
-            ASSERT_EQ((*channel)[frames + 1], kUntouched) << frames;
-            const auto last = channel->begin() + static_cast<std::ptrdiff_t>(frames);
-            ASSERT_TRUE(std::all_of(channel->begin() + 1, last + 1, [](float x) {
+        // One float off, because hosts cut their buffers anywhere.
+        instance.Process(&channels[0][1], &channels[1][1], static_cast<int>(frames));
+        for (const std::vector<float>& channel : channels) {
+            ASSERT_EQ(channel[0], kUntouched);
+            ASSERT_EQ(channel[frames + 1], kUntouched);
+            ASSERT_TRUE(std::all_of(channel.begin() + 1, channel.end() - 1, [](float x) {
                 return std::isfinite(x);
             })) << frames;
         }
