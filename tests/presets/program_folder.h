@@ -34,15 +34,19 @@ inline std::string Fxp(const std::string& chunk) {
     return file + chunk;
 }
 
-// A library's root of the running test alone.
+// A library's root of the running test alone, with programs of that value in it.
 class ProgramFolder {
   public:
+    ProgramFolder(std::initializer_list<const char*> names = {}, float value = 0.5f) {
+        for (const char* const name : names)
+            Write(name, Block(value));
+    }
+
     std::string Root() const { return scratch.Path("root"); }
     LibraryPlace Place() const { return {.root = Root()}; }
     std::string Path(const std::string& name) const { return Root() + '/' + name; }
 
     std::string Write(const std::string& name, const std::string& bytes) const {
-        std::filesystem::create_directories(std::filesystem::path(Path(name)).parent_path());
         return scratch.Write("root/" + name, bytes);
     }
     std::string Read(const std::string& name) const { return scratch.Read("root/" + name); }
