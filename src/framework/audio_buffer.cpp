@@ -10,13 +10,13 @@ namespace norava {
 bool CAudioBuffer::Allocate(int channels, int frames) {
     const bool valid =
         channels >= 1 && frames >= 1 && frames <= std::numeric_limits<int>::max() - 8;
-    const int newStride = valid ? (frames + 3) / 4 * 4 + kGuardFrames : 0;
-    if (valid && samples != nullptr && channels == numChannels && newStride == stride) return true;
+    if (valid && channels == numChannels && frames == allocatedFrames) return true;
     samples.reset();
     channelFlags.reset();
-    numChannels = numFrames = stride = 0;
+    numChannels = numFrames = allocatedFrames = stride = 0;
     if (!valid) return false;
 
+    const int newStride = (frames + 3) / 4 * 4 + kGuardFrames;
     const auto numFloats = static_cast<std::size_t>(channels) * static_cast<std::size_t>(newStride);
     samples.reset(new (std::nothrow) float[numFloats]());
     channelFlags.reset(new (std::nothrow) unsigned char[static_cast<std::size_t>(channels)]());
@@ -26,7 +26,7 @@ bool CAudioBuffer::Allocate(int channels, int frames) {
         return false;
     }
     numChannels = channels;
-    numFrames = frames;
+    numFrames = allocatedFrames = frames;
     stride = newStride;
     return true;
 }

@@ -12,7 +12,7 @@ class CAudioBuffer {
     static constexpr int kGuardFrames = 4;
 
     // Makes room for `channels` of at least `frames` frames (rounded up to a multiple of 4), all
-    // zero, and sets the current frame count to `frames`. When that much is allocated already,
+    // zero, and sets the current frame count to `frames`. When the same was allocated last,
     // nothing changes, the frame count included. False for arguments below 1 or without memory; the
     // buffer is empty then.
     bool Allocate(int channels, int frames);
@@ -54,6 +54,7 @@ class CAudioBuffer {
     std::unique_ptr<float[]> samples;  // channel after channel, `stride` floats each
     int numChannels = 0;
     int numFrames = 0;
+    int allocatedFrames = 0;  // as they were asked for
     int stride = 0;
     std::unique_ptr<unsigned char[]> channelFlags;  // one a channel, zero, free for owners
 };

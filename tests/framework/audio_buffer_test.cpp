@@ -20,10 +20,13 @@ TEST(AudioBuffer, RoundsUpKeepsAnEqualAllocationAndClearsTheCurrentFrames) {
     EXPECT_EQ(buffer.SetNumFrames(10000), 512);
     EXPECT_EQ(buffer.SetNumFrames(100), 100);
     std::fill_n(buffer.GetBuf(1), 101, 1.0f);
-    ASSERT_TRUE(buffer.Allocate(2, 512));
+    ASSERT_TRUE(buffer.Allocate(2, 510));
     buffer.Clear();
     EXPECT_EQ(buffer.GetBuf(1)[99], 0.0f);
     EXPECT_EQ(buffer.GetBuf(1)[100], 1.0f);
+    ASSERT_TRUE(buffer.Allocate(2, 512));
+    EXPECT_EQ(buffer.GetNumFrames(), 512);
+    EXPECT_EQ(buffer.GetBuf(1)[100], 0.0f);
     const int most = std::numeric_limits<int>::max();
     for (const auto& [channels, frames] : {std::pair{0, 512}, {2, 0}, {-1, 512}, {2, most}}) {
         EXPECT_FALSE(buffer.Allocate(channels, frames));
