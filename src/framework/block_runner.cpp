@@ -52,10 +52,7 @@ void RenderSlice(CPluginRenderer& renderer, const HostBlock& block, int offset, 
     WriteOutputs(block, offset, frames, output);
 }
 
-}  // namespace
-
-void RunBlock(CPluginRenderer& renderer, const HostBlock& block,
-              const BlockTime& time) NORAVA_NONBLOCKING {
+void RenderBlock(CPluginRenderer& renderer, const HostBlock& block, const BlockTime& time) {
     const CDenormalGuard denormalGuard;
     ApplyTime(renderer, time);
     renderer.ApplyPendingValues();
@@ -80,6 +77,14 @@ void RunBlock(CPluginRenderer& renderer, const HostBlock& block,
     }
     renderer.UnlockEvents();
     renderer.DeleteAllEvents();
+}
+
+}  // namespace
+
+void RunBlock(CPluginRenderer& renderer, const HostBlock& block,
+              const BlockTime& time) NORAVA_NONBLOCKING {
+    RenderBlock(renderer, block, time);
+    // The host answers in its own floating-point mode.
     renderer.ReportChangedValues();
 }
 
