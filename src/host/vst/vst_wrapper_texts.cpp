@@ -51,6 +51,7 @@ void CVSTWrapper::getParameterDisplay(int index, char* text) {
 void CVSTWrapper::setProgramName(const char* name) {
     if (renderer == nullptr || name == nullptr) return;
     renderer->SetProgramName({name, strnlen(name, kProgramNameCapacity - 1)});
+    renderer->SetAllChanged();  // an open panel shows the name
 }
 
 void CVSTWrapper::getProgramName(char* text) {
