@@ -5,6 +5,7 @@
 namespace norava {
 
 void CPluginWrapper::ParameterChanged(int, float) {}
+void CPluginWrapper::ProgramChanged() {}
 void CPluginWrapper::BeginAutomation(int) {}
 void CPluginWrapper::FinishAutomation(int) {}
 void CPluginWrapper::TQ_RightClick(int) {}

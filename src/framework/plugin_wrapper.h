@@ -12,6 +12,9 @@ class CPluginWrapper {
     // A parameter changed by itself (an edit in the panel, a loaded state). `value` is what the
     // parameter holds now.
     virtual void ParameterChanged(int index, float value);
+    // Another program, or another name of it, came from the panel: the host reads them again.
+    // Editor's thread.
+    virtual void ProgramChanged();
     // The user takes hold of a parameter in the panel, and lets it go. Editor's thread.
     virtual void BeginAutomation(int index);
     virtual void FinishAutomation(int index);

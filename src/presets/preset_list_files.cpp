@@ -82,6 +82,7 @@ std::string CPresetList::WithExtension(const std::string& path) const {
 }
 
 void CPresetList::ShowEverything() const {
+    if (CPluginWrapper* const wrapper = renderer->GetWrapper()) wrapper->ProgramChanged();
     CPluginEditorInterface* const editor = renderer->GetEditor();
     if (editor == nullptr) return;
     editor->ProgramChanged();

@@ -118,6 +118,7 @@ enum HostOpcode : i32 {
     audioMasterGetVendorString = 32,
     audioMasterGetProductString = 33,
     audioMasterCanDo = 37,
+    audioMasterUpdateDisplay = 42,
     audioMasterBeginEdit = 43,
     audioMasterEndEdit = 44,
 };

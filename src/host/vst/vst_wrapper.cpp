@@ -201,6 +201,10 @@ void CVSTWrapper::ParameterChanged(int index, float value) {
     if (IsParam(index)) CallHost(vst::audioMasterAutomate, index, 0, nullptr, value);
 }
 
+void CVSTWrapper::ProgramChanged() {
+    CallHost(vst::audioMasterUpdateDisplay, 0, 0, nullptr, 0.0f);
+}
+
 void CVSTWrapper::BeginAutomation(int index) {
     if (IsParam(index)) CallHost(vst::audioMasterBeginEdit, index, 0, nullptr, 0.0f);
 }

@@ -69,6 +69,7 @@ class CVSTWrapper final : public CPluginWrapper {
     CVSTEditor* getEditor() noexcept { return editor.get(); }
 
     void ParameterChanged(int index, float value) override;
+    void ProgramChanged() override;
     void BeginAutomation(int index) override;
     void FinishAutomation(int index) override;
     bool ResizeEditor(int width, int height) override;
