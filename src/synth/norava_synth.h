@@ -56,8 +56,8 @@ class CNoravaSynth : public CPluginRenderer {
     void MIDICCChanged(int number) override;
     void MIDIAftertouchChanged() override;
     using CPluginRenderer::MIDIAftertouchChanged;
-    // These two, and controller 32 for the category, load at their place in the stream, without
-    // touching the disk.
+    // This, and controller 32 for the category, load at their place in the stream, without touching
+    // the disk.
     void MIDIProgramChanged(int program) override;
 
     CPresetList& GetPresetList() { return presets; }

@@ -52,7 +52,6 @@ class RateConverter {
     int TakeFromLastChunk(float* left, float* right, int frames);
     void TakeFromChunk(float* left, float* right, int frames);
     double Read(double position, float* left, float* right, int frames) const;
-    void CarryLastFrame();
     bool IsSilent() const { return soundEnd_ == 0 && left_[0] == 0.0f && right_[0] == 0.0f; }
 
     template <typename Render>
