@@ -75,10 +75,6 @@ class OffscreenWindow : public Watched<CWindowPort> {
     explicit OffscreenWindow(CSize windowSize = CSize(100, 80), int scale = 1) : Watched(scale) {
         SetSize(windowSize);
     }
-    void DrawBackground(CRect part) override {
-        CWindowPort::DrawBackground(part);
-        if (paintBackground) paintBackground(*GetGraphicBuffer(), part);
-    }
     template <typename Control>
     Control* Add(int id, CRect rect) {
         auto* control = GetRootControlGroup()->Add<Control>();
@@ -86,8 +82,6 @@ class OffscreenWindow : public Watched<CWindowPort> {
         control->SetRect(rect);
         return control;
     }
-
-    std::function<void(CGraphicBuffer&, CRect)> paintBackground;
 };
 
 // A coloured rectangle that writes down its events and then does what the test wants.

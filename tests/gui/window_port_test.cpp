@@ -42,25 +42,6 @@ TEST(WindowPort, OpensOnlyWhenItCan) {
     EXPECT_FALSE(window.Open() || window.IsOpen()) << "no system";
 }
 
-TEST(WindowPort, ShowsWhatWasPainted) {
-    OffscreenWindow window(CSize(40, 30), 2);
-    window.paintBackground = [](CGraphicBuffer& buffer, CRect part) {
-        CColor green(0, 200, 0);
-        buffer.FillRect(part, &green);
-    };
-    OffscreenView& view = window.Show();
-    EXPECT_THAT(view.TakePresented(), ElementsAre(CRect(0, 0, 80, 60)));
-    window.GetGraphicBuffer()->SetColorAt(0, 29, CColor(255, 0, 0));
-    window.UpdateScreen(CRect(0, 28, 2, 100));
-    EXPECT_EQ(view.GetPixel(1, 58), 0x0000FEu);
-    EXPECT_EQ(view.GetPixel(1, 57), 0x00C800u);
-    EXPECT_THAT(view.TakePresented(), ElementsAre(CRect(0, 56, 4, 4)));
-    window.SetSize(20, 10);
-    EXPECT_EQ(view.GetStoredSize(), CSize(40, 20));
-    EXPECT_EQ(view.GetPixel(39, 19), 0x00C800u);
-    EXPECT_EQ(window.GetRootControlGroup()->GetRect(), CRect(0, 0, 20, 10));
-}
-
 TEST_F(WindowTest, RedrawsOnlyWhatChanged) {
     static_cast<void>(view.TakePresented());
     EXPECT_FALSE(a->SetValueAndRedraw(0.0f));
@@ -119,27 +100,6 @@ TEST_F(WindowTest, KeysFollowTheFocus) {
     c->Disable(true);
     view.PressKey('q');
     EXPECT_THAT(TakeLog(), ElementsAre("lost focus 3"));
-}
-
-// A handler that answers the loss of the focus by taking it back, or by destroying who asked.
-TEST_F(WindowTest, FocusSurvivesStubbornControls) {
-    a->GrabFocus();
-    a->act = [&](TestControl& self, const std::string& event) {
-        if (event == "lost focus") self.GrabFocus();
-        return true;
-    };
-    b->GrabFocus();
-    EXPECT_TRUE(a->IsFocused());
-    a->act = [&](TestControl& self, const std::string& event) {
-        if (event == "lost focus")
-            window.GetControlByID(2) ? window.DestroyControl(b) : self.Disable(true);
-        return true;
-    };
-    b->GrabFocus();
-    EXPECT_EQ(window.GetControlByID(2), nullptr);
-    a->GrabFocus();
-    a->Disable(true);
-    EXPECT_TRUE(a->IsDisabled());
 }
 
 TEST_F(WindowTest, AModalControlHasTheWindowForItself) {
@@ -238,6 +198,82 @@ TEST_F(WindowTest, EveryWayOutOfADragTellsTheControl) {
         EXPECT_FALSE(window.IsTracking());
         window.DestroyControl(window.GetControlByID(4));
     }
+}
+
+// Handlers that pull the ground from under themselves. The address sanitizer is the judge.
+
+// Everything that a user can do to the control in the middle, as long as there is a window.
+void DoEverything(const std::unique_ptr<OffscreenWindow>& window) {
+    for (int step = 0; step < 7 && window && window->IsOpen(); ++step) {
+        OffscreenView& view = *window->view;
+        if (step == 0) view.MoveMouse({25, 25});
+        if (step == 1) view.PressMouse();
+        if (step == 2) view.ReleaseMouse();
+        if (step == 3) view.PressMouse(kMouseLeft, true);
+        if (step == 4) static_cast<void>(view.TurnWheel(1));
+        if (step == 5) static_cast<void>(view.PressKey('A'));
+        if (step == 6) view.Tick();
+    }
+}
+
+struct Scene {
+    Scene() {
+        CControlGroup* group = window->AttachControlGroup(std::make_unique<CControlGroup>());
+        control = group->Add<TestControl>(log, 1, CRect(20, 20, 10, 10));
+        window->GetRootControlGroup()->Add<TestControl>(log, 2, CRect(0, 0, 10, 10));
+        window->Show();
+        control->GrabFocus();
+    }
+    Log log;
+    std::unique_ptr<OffscreenWindow> window = std::make_unique<OffscreenWindow>();
+    TestControl* control = nullptr;
+};
+
+// In every handler, with the focus and the mouse held and the control modal.
+template <typename Destroy>
+void TryInEveryHandler(const Destroy& destroy) {
+    for (const std::string fatal : {"move", "down", "up", "double", "wheel up", "timer",
+                                    "took focus", "lost focus", "key 65"}) {
+        SCOPED_TRACE(fatal);
+        Scene scene;
+        bool done = false;
+        scene.control->act = [&](TestControl& self, const std::string& event) {
+            if (event == "took focus") self.SetSuper(true);
+            if (event == "down") self.StartTracking(true);
+            if (event == fatal && !done) {
+                done = true;
+                destroy(scene, self);
+                // What a handler does after: none of it may reach into what is gone.
+                self.SendClicked();
+                self.SetValueAndRedraw(self.GetValue() + 1.0f);
+                self.StartTracking(true);
+                self.GrabFocus();
+                self.SetSuper(true);
+                self.SetSuper(false);
+                self.FinishTracking();
+                self.DrawToBuffer();
+            }
+            return true;
+        };
+        if (fatal == "took focus" || fatal == "lost focus") {
+            scene.window->GetControlByID(2)->GrabFocus();
+            if (scene.window && scene.window->GetControlByID(1)) scene.control->GrabFocus();
+        }
+        DoEverything(scene.window);
+        EXPECT_TRUE(done);
+    }
+}
+
+TEST(Lifetime, ControlsMayDestroyThemselves) {
+    TryInEveryHandler([](Scene& scene, TestControl& self) { scene.window->DestroyControl(&self); });
+}
+
+TEST(Lifetime, ControlsMayDestroyWhatTheyAreIn) {
+    TryInEveryHandler([](Scene& scene, TestControl& self) {
+        scene.window->DestroyControlGroup(self.GetControlGroup());
+    });
+    TryInEveryHandler([](Scene& scene, TestControl&) { scene.window->Close(); });
+    TryInEveryHandler([](Scene& scene, TestControl&) { scene.window.reset(); });
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 namespace norava {
 
@@ -80,14 +81,6 @@ std::vector<CRect> OffscreenView::TakePresented() {
 
 void OffscreenView::Redraw(CRect part) {
     events.Paint(*this, part);
-}
-
-void OffscreenView::RunEvents() {
-    while (!waiting.empty()) {
-        const std::function<void()> action = std::move(waiting.front());
-        waiting.pop_front();
-        action();
-    }
 }
 
 void OffscreenView::TrackMouse(bool on, bool hidePointer) {

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <deque>
-#include <functional>
-#include <utility>
 #include <vector>
 
 #include "gui/platform/platform_view.h"
@@ -28,8 +25,6 @@ class OffscreenView : public PlatformView, private PixelTarget {
     void Tick(int times = 1);
     void SetModifiers(Modifiers keys) { modifiers = keys; }
     [[nodiscard]] PlatformEvents& GetEvents() { return events; }
-    // Acts at the next RunEvents, as where a host passes its idle time on.
-    void Post(std::function<void()> action) { waiting.push_back(std::move(action)); }
 
     // The screen's side.
     [[nodiscard]] CSize GetStoredSize() const { return stored; }
@@ -48,7 +43,7 @@ class OffscreenView : public PlatformView, private PixelTarget {
     [[nodiscard]] std::optional<CPoint> GetMouseLocation() override { return mouse; }
     void TrackMouse(bool on, bool hidePointer) override;
     void WantKeyboard(bool on) override { keyboard = on; }
-    void RunEvents() override;
+    void RunEvents() override {}
     void WaitForEvents() override {}
     void SetTitle(const char*) override {}
     [[nodiscard]] void* GetNativeHandle() override { return this; }
@@ -65,7 +60,6 @@ class OffscreenView : public PlatformView, private PixelTarget {
     std::vector<CRect> presented;
     CPoint mouse{-1, -1};
     Modifiers modifiers;
-    std::deque<std::function<void()>> waiting;
     bool tracking = false;
     bool pointerHidden = false;
     bool keyboard = false;
