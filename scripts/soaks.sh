@@ -15,12 +15,6 @@ soak_storm() {
     NORAVA_STORM_SECONDS=60 build/asan/tests/host/test_host --gtest_filter='Storm.*'
 }
 
-# A million and more events of a user on every control (a minute and a half).
-soak_controls() {
-    build asan tests/all
-    NORAVA_STORM_EVENTS=1400000 build/asan/tests/gui/test_gui --gtest_filter='*Gallery*'
-}
-
 # New inputs for what reads bytes from outside, for many hours: a thousand million each where an execution is short, an hour
 # each of the others, and half an hour of the short ones with the checkers of memory and undefined behaviour.
 soak_fuzz() {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "benchmarks/plain_raster.h"
+#include "gallery/scenes.h"
 #include "gui/noise.h"
 #include "gui/pictures.h"
 #include "gui/pixel_rows.h"
@@ -78,6 +79,13 @@ TEST_P(ReferencePicture, Letters) {
         }
     }
     ExpectLooks("letters");
+}
+
+// Buttons held and lit, text being edited, lists scrolled, menus open and fading in, a knob
+// dragged.
+TEST_P(ReferencePicture, Gallery) {
+    test::ExpectLooksLike([](const std::string& path) { return WriteScenes(path, GetParam()); },
+                          "gallery_scale" + std::to_string(GetParam()));
 }
 
 // Round the canvas, now and then far outside of every range.

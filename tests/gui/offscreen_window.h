@@ -28,34 +28,41 @@ inline void UseOffscreenView(CWindowPort& window, OffscreenView*& view) {
 
 // A window in an off-screen view that writes down what its controls report and keeps the books of
 // gestures: clicks and releases of a control take turns, values come from those that work.
-template <typename Port>
-class Watched : public Port {
+class OffscreenWindow : public CWindowPort {
   public:
-    explicit Watched(int scale = 1) : Port(scale) { UseOffscreenView(*this, view); }
-    ~Watched() override { Port::Close(); }
+    explicit OffscreenWindow(CSize windowSize = CSize(100, 80), int scale = 1)
+        : CWindowPort(scale) {
+        UseOffscreenView(*this, view);
+        SetSize(windowSize);
+    }
+    ~OffscreenWindow() override { Close(); }
     OffscreenView& Show() {
-        if (!Port::IsOpen() && !Port::Open()) std::abort();
+        if (!IsOpen() && !Open()) std::abort();
         return *view;
+    }
+    template <typename Control>
+    Control* Add(int id, CRect rect) {
+        auto* control = GetRootControlGroup()->Add<Control>();
+        control->SetID(id);
+        control->SetRect(rect);
+        return control;
     }
 
     bool ControlClicked(CControl* control) override {
-        if (whim && !whim()) return false;
         EXPECT_TRUE(open.insert(control).second) << "clicked twice";
         log.push_back("clicked " + std::to_string(control->GetID()));
-        Port::ControlClicked(control);
         return true;
     }
     bool ControlReleased(CControl* control) override {
         EXPECT_EQ(open.erase(control), 1u) << "released twice";
         log.push_back("released " + std::to_string(control->GetID()));
-        return Port::ControlReleased(control);
+        return true;
     }
     bool ControlValueChanged(CControl* control, float value) override {
         EXPECT_FALSE(control->IsDisabled());
-        if (refuseValues || (whim && !whim())) return false;
+        if (refuseValues) return false;
         values.push_back(value);
         log.push_back("changed " + std::to_string(control->GetID()));
-        Port::ControlValueChanged(control, value);
         return true;
     }
     Log TakeLog() { return std::exchange(log, {}); }
@@ -66,22 +73,6 @@ class Watched : public Port {
     Log log;
     std::vector<float> values;
     bool refuseValues = false;
-    // Asked before the owner accepts anything; may do anything first.
-    std::function<bool()> whim;
-};
-
-class OffscreenWindow : public Watched<CWindowPort> {
-  public:
-    explicit OffscreenWindow(CSize windowSize = CSize(100, 80), int scale = 1) : Watched(scale) {
-        SetSize(windowSize);
-    }
-    template <typename Control>
-    Control* Add(int id, CRect rect) {
-        auto* control = GetRootControlGroup()->Add<Control>();
-        control->SetID(id);
-        control->SetRect(rect);
-        return control;
-    }
 };
 
 // A coloured rectangle that writes down its events and then does what the test wants.
