@@ -27,6 +27,9 @@ struct Modifiers {
     bool control = false;
     bool shift = false;
     bool alt = false;
+
+    // A command to host or panel, not a character; AltGr, which types some, is both together.
+    [[nodiscard]] bool IsCommand() const { return control && !alt; }
 };
 
 }  // namespace norava

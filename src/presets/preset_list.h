@@ -14,6 +14,8 @@ namespace norava {
 
 class CPluginRenderer;
 
+inline constexpr char kNoProgramName[] = "<noname>";
+
 // One instance's place in the library of program files: current category and program, stepping,
 // loading and saving. Categories and programs are numbered from 0 in natural order; the numbers
 // follow the library's newest snapshot, the current program stays the same file when others come
@@ -66,6 +68,10 @@ class CPresetList {
     bool LoadProgramFromFile(const char* path);
     bool SaveProgramToFile(const char* path);
 
+    // What the renderer calls its sound: another name than GetProgramName() after a host's state or
+    // a reset.
+    std::string GetNameOfSound() const;
+
     // Whether saving under this bare name would overwrite a file.
     bool WouldReplace(const std::string& name) const;
 
@@ -115,7 +121,7 @@ class CPresetList {
     struct Names {
         Position position;
         std::string category = "<user>";
-        std::string program = "<noname>";
+        std::string program = kNoProgramName;
         std::string path;
     };
 

@@ -13,8 +13,6 @@ namespace norava {
 
 namespace {
 
-constexpr char kDefaultProgramName[] = "<noname>";
-
 constexpr int kModWheelController = 1;
 constexpr int kVolumeController = 7;
 constexpr int kPanController = 10;
@@ -205,7 +203,7 @@ void CNoravaSynth::SetParamsToDefault() {
         state.values[static_cast<std::size_t>(row.index)] = row.defaultValue;
     }
     state.hasName = true;
-    std::ranges::copy(kDefaultProgramName, state.name.begin());
+    std::ranges::copy(kNoProgramName, state.name.begin());
     StoreState(state);
 }
 

@@ -28,6 +28,7 @@ constexpr CRect kCloseRect{0, 8, 20, 16};
 constexpr int kListTop = 84;
 constexpr int kListMargin = 20;
 constexpr int kListGap = 10;
+constexpr CPoint kListInset{4, 4};
 constexpr int kHeadingTop = 66;
 constexpr int kHeadingHeight = 16;
 
@@ -52,6 +53,7 @@ void CPresetListEditor::CreateControls(CSize windowSize) {
     const auto addList = [&](int left) {
         auto* const list = Add<CControlList>();
         list->SetRect(panel.left + left, panel.top + kListTop, listWidth, listHeight);
+        list->SetTextInset(kListInset);
         return list;
     };
     categoryList = addList(kListMargin);
@@ -127,7 +129,7 @@ void CPresetListEditor::ShowSelection() {
     }
     programList->SetValue(static_cast<float>(row));
     if (search.empty()) {
-        ShowStatus(presetList->GetProgramName());
+        ShowStatus(presetList->GetNameOfSound());
     } else {
         ShowStatus("Search: " + search + (found.empty() ? "   (nothing found)" : ""));
     }

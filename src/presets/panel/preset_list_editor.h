@@ -45,6 +45,8 @@ class CPresetListEditor : public CControlGroup {
     bool MouseDown() override;
     bool KeyDown(int key) override;
     bool TimerEvent() override;
+    // While it shows, whatever was clicked last.
+    [[nodiscard]] bool WantsKeys() const override { return !IsDisabled(); }
     void WindowCloses() override;
     void DrawBackground(CRect part) override;
 

@@ -34,21 +34,30 @@ void CPresetListEditor::LoadCurrent() {
 }
 
 bool CPresetListEditor::ChooseCategory(int index) {
-    if (!presetList->SetCurrentCat(index)) return false;
+    // Chosen again it would put the place at its first program, which does not sound.
+    if (index == presetList->GetCurrentCat() || !presetList->SetCurrentCat(index)) return false;
     programList->SetTopItemID(0.0f);
-    LoadCurrent();
+    if (presetList->GetCurrentPrg() >= 0) {
+        LoadCurrent();
+    } else {
+        UpdateLists();
+        ShowStatus("No programs here yet");
+    }
     return true;
 }
 
 bool CPresetListEditor::ChooseRow(int row) {
-    if (search.empty()) {
-        if (!presetList->SetCurrentPrg(row)) return false;
-    } else {
+    FoundProgram chosen{presetList->GetCurrentCat(), row};
+    if (!search.empty()) {
         if (row < 0 || row >= static_cast<int>(found.size())) return false;
-        const FoundProgram hit = found[static_cast<std::size_t>(row)];
-        const bool moved = presetList->SetCurrentCat(hit.category);
-        if (!presetList->SetCurrentPrg(hit.program) && !moved) return false;
+        chosen = found[static_cast<std::size_t>(row)];
     }
+    bool moved = chosen.category != presetList->GetCurrentCat() &&
+                 presetList->SetCurrentCat(chosen.category);
+    moved = presetList->SetCurrentPrg(chosen.program) || moved;
+    // The place alone does not tell: a host's state or a reset leaves it where it was.
+    const bool sounds = presetList->GetNameOfSound() == presetList->GetProgramName();
+    if (presetList->GetCurrentPrg() != chosen.program || (!moved && sounds)) return false;
     LoadCurrent();
     return true;
 }
@@ -82,6 +91,8 @@ void CPresetListEditor::SetSearch(const std::string& text) {
 }
 
 bool CPresetListEditor::EditSearch(int key) {
+    const CWindowPort* const window = GetWindowPort();
+    if (window != nullptr && window->GetModifiers().IsCommand()) return false;  // the host's
     std::string text = search;
     if (key == kKeyBackspace) {
         text.resize(utf8::Before(text, text.size()));
@@ -98,7 +109,8 @@ bool CPresetListEditor::EditSearch(int key) {
 
 void CPresetListEditor::AskForName() {
     asking = Asking::name;
-    nameField->SetText(presetList->GetProgramName().c_str());
+    const std::string name = presetList->GetNameOfSound();
+    nameField->SetText(name == kNoProgramName ? "" : name.c_str());
     nameField->SelectAll();
     nameField->SetHint("Name of the program");
     ShowTools();

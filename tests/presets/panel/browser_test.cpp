@@ -77,6 +77,12 @@ TEST_F(BrowserTest, LoadsWhatIsClickedAtOnce) {
     instance->synth.SetParamValue(5, 0.77f);
     ClickRow(Categories(), 1);
     EXPECT_EQ(instance->synth.GetParamValue(5), 0.77f) << "the same category loads nothing";
+    instance->list.ResetProgram();
+    browser->UpdateLists();
+    EXPECT_STREQ(Find<CControlDisplay>(2)->GetText(), "<noname>")
+        << "the name is that of what sounds";
+    ClickRow(Programs(), 0);
+    EXPECT_EQ(Playing(), "Warm") << "the selected one does not sound any more";
     folder.Write("Pads/Wide.norava", "no program at all");
     ClickRow(Programs(), 1);
     EXPECT_EQ(Playing(), "Warm");
@@ -121,6 +127,27 @@ TEST_F(BrowserTest, SearchesAllCategories) {
     view->PressKey(kKeyEscape);
     EXPECT_TRUE(IsOpen()) << "the first one ends the search";
     EXPECT_STREQ(Programs().GetItemText(0), "1. Warm");
+    Type("wa");
+    view->SetModifiers({.control = true});
+    EXPECT_FALSE(view->PressKey('s')) << "the host's own";
+    view->SetModifiers({});
+    ClickRow(Programs(), 0);
+    EXPECT_EQ(Playing(), "Warm") << "the first of the category that sounds already";
+}
+
+// Where there is nothing to load what sounds goes on, and can be saved there.
+TEST_F(BrowserTest, EntersAnEmptyCategory) {
+    std::filesystem::create_directory(folder.Path("New"));
+    instance->list.CreateCatList();
+    instance->list.SetCurrentCat(0);
+    browser->UpdateLists();
+    instance->synth.SetParamValue(5, 0.77f);
+    view->PressKey(kKeyRight);
+    EXPECT_EQ(Categories().GetSelectedItemID(), 1);
+    EXPECT_EQ(Programs().GetNumItems(), 0);
+    EXPECT_EQ(instance->synth.GetParamValue(5), 0.77f);
+    view->PressKey(kKeyRight);
+    EXPECT_EQ(Playing(), "Warm");
 }
 
 TEST_F(BrowserTest, ClosesWhereNothingElseIsMeant) {
