@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 #include "gui/unit_value.h"
 #include "gui/window_port.h"
@@ -12,6 +13,8 @@ namespace {
 
 constexpr int kNotchPixels = 100;
 constexpr float kCatchPixels = 3.0f;
+// A hand that clicks twice shakes by this much; what moves more is a stroke.
+constexpr int kShakePixels = 2;
 
 }  // namespace
 
@@ -55,14 +58,17 @@ bool CControlNumber::MouseDown() {
         button == kMouseLeft || (button == kMouseRight && fineTrigger == FineTrigger::rightButton);
     if (!drags || !BeginGesture(trackingOption)) return false;
     pressedButton = button;
+    strokePixels = 0;
     notchHold = 0;
     dragged = ToUnit(GetValue());
     Redraw();
     return true;
 }
 
+// The pointer begins every stroke where the last one began, so that two quick ones come as a double
+// click: the second goes on as a drag then.
 bool CControlNumber::MouseDoubleClick() {
-    if (GetMouseBtn() != kMouseLeft || IsDragged()) return false;
+    if (GetMouseBtn() != kMouseLeft || IsDragged() || strokePixels > kShakePixels) return false;
     ChangeValueAtOnce(valueOnReset);
     return true;
 }
@@ -103,6 +109,8 @@ void CControlNumber::DragBy(int pixels) {
 bool CControlNumber::MouseMove() {
     if (!IsDragged() || !IsTracking()) return false;
     const CSize moved = GetMouseDelta();
+    strokePixels =
+        SaturatedInt(strokePixels + std::abs(int64_t{moved.cx}) + std::abs(int64_t{moved.cy}));
     DragBy(horizontal ? moved.cx : SaturatedInt(-int64_t{moved.cy}));
     return true;
 }

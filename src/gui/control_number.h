@@ -8,7 +8,8 @@ namespace norava {
 
 // A value 0 .. 1 that is dragged up and down, or to the sides; itself it is a number box, and knobs
 // and faders are made of it. A drag is one gesture: clicked at the press, released at the end.
-// Right click, ALT click and double click reset the value, each as a gesture of its own.
+// Right click, ALT click and double click reset the value, each as a gesture of its own. Two quick
+// strokes are no double click.
 //
 // With the tracking option true (as made) the pointer hides and only its movement counts. With
 // false the value keeps to the pointer, also when that was past an end and comes back.
@@ -78,7 +79,8 @@ class CControlNumber : public CControlDisplay {
     bool horizontal = false;
     bool hasNotch = false;
     std::optional<float> notchValue;
-    int notchHold = 0;  // pixels of travel before the value leaves the detent
+    int strokePixels = 0;  // pixels that the last drag has moved
+    int notchHold = 0;     // pixels of travel before the value leaves the detent
     float dragged = 0.0f;
 };
 

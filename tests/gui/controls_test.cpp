@@ -113,6 +113,15 @@ TEST_F(NumberTest, EveryResetIsAWholeGesture) {
         EXPECT_EQ(knob->GetValue(), 0.25f) << isDouble;
         EXPECT_THAT(window.TakeLog(), ElementsAre("clicked 1", "changed 1", "released 1"));
     }
+    for (const int pixels : {2, 20}) {
+        DragUp(pixels);
+        view.MoveMouse({60, 40});
+        view.PressMouse(kMouseLeft, true);
+        Up(20);
+        view.ReleaseMouse();
+        const bool isClick = pixels == 2;
+        EXPECT_NEAR(knob->GetValue(), isClick ? 0.25f : 0.6f, 1e-6f) << "two strokes are none";
+    }
 }
 
 TEST_F(NumberTest, FineModeIsAsSlowAsItsTriggerSays) {
