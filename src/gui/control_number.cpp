@@ -75,7 +75,8 @@ bool CControlNumber::MouseDoubleClick() {
 
 float CControlNumber::ToShownValue(float position) const {
     const float unit = ToUnit(position);
-    const bool caught = hasNotch && !trackingOption &&
+    // Fine mode is for the values next to it, too.
+    const bool caught = hasNotch && !trackingOption && !IsFine() &&
                         std::fabs(unit - GetNotch()) < kCatchPixels * std::fabs(speed);
     return caught ? GetNotch() : Quantize(unit);
 }
@@ -89,7 +90,8 @@ bool CControlNumber::HoldsNotch(int pixels) {
 }
 
 void CControlNumber::DragBy(int pixels) {
-    if (HoldsNotch(pixels)) return;
+    // A move to the side must not be what a notch near by catches.
+    if (pixels == 0 || HoldsNotch(pixels)) return;
     // When somebody else has set the value meanwhile the drag goes on from there.
     if (ToShownValue(dragged) != GetValue()) dragged = ToUnit(GetValue());
     const float before = dragged;

@@ -38,7 +38,7 @@ class CControlNumber : public CControlDisplay {
     virtual void SetAxisY() { horizontal = false; }
     [[nodiscard]] bool IsAxisX() const { return horizontal; }
     // A detent, at the reset value as made: a drag across it stops there for 100 pixels; one that
-    // keeps to the pointer catches it within a few pixels.
+    // keeps to the pointer catches it within a few pixels, but not in fine mode.
     virtual void SetHasNotch(bool on) { hasNotch = on; }
     // Where the detent is when it is not at the reset value.
     void SetNotchValue(float newValue) { notchValue = newValue; }

@@ -202,6 +202,12 @@ TEST_F(NumberTest, AFaderFollowsTheMouseExactly) {
     EXPECT_EQ(fader->GetValue(), 0.5f) << "caught";
     view.MoveMouse({grip.x, grip.y - 8});
     EXPECT_EQ(fader->GetHandleRect().top, start.top - 8) << "and let go again";
+    view.MoveMouse({grip.x, grip.y - 2});
+    fader->SetZoomingWithSHIFT();
+    view.SetModifiers({.shift = true});
+    view.MoveMouse({grip.x, grip.y - 8});
+    EXPECT_NEAR(fader->GetValue(), 0.5f + 6 * 0.05f * fader->GetValueChangeSpeed(), 1e-6f)
+        << "beside the notch";
 }
 
 }  // namespace
