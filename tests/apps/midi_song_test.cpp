@@ -91,7 +91,8 @@ TEST(MidiSong, SaysWhatIsWrong) {
         {OneTrackFile({0x87, 0xFF, 0xFF, 0x7F, 0x90, 1, 1}), "a day"},
     };
     for (const auto& [file, complaint] : cases)
-        EXPECT_THAT([&] { ReadMidiSong(file); }, ThrowsMessage<BadInput>(HasSubstr(complaint)));
+        EXPECT_THAT([&bytes = file] { ReadMidiSong(bytes); },
+                    ThrowsMessage<BadInput>(HasSubstr(complaint)));
 }
 
 TEST(Pedal, HoldsNoteOffsUntilItGoesUp) {

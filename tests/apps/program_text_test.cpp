@@ -49,7 +49,7 @@ TEST(ProgramText, NamesTheLineThatItCannotTake) {
         {"Name = a\\x0", "hexadecimal"},
     };
     for (const auto& [text, complaint] : cases)
-        EXPECT_THAT([&] { ParseProgram(text, "x.txt"); },
+        EXPECT_THAT([&given = text] { ParseProgram(given, "x.txt"); },
                     ThrowsMessage<BadInput>(HasSubstr(complaint)));
 }
 

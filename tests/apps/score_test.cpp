@@ -38,7 +38,7 @@ TEST(Score, SlipsOfThePenAreFoundWithTheirLine) {
           {"meter 2. 4.\na: C4/2.\nb: C4/4\n", "differ in length"},
           {"meter 2. 4.\na: @99999999999 C4\n", "no tempo"},
           {"", "no voice"}})
-        EXPECT_THAT([&] { ParseScore(score); },
+        EXPECT_THAT([&text = score] { ParseScore(text); },
                     testing::ThrowsMessage<ScoreError>(testing::HasSubstr(complaint)));
 }
 
