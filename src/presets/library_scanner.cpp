@@ -39,14 +39,17 @@ bool LibraryScanner::IsProgramFile(const std::string& name) const {
 
 bool LibraryScanner::ListRoot() {
     std::set<std::string> found;
-    const bool wasReadable = isReadable;
-    isReadable = file_system::ListFolder(root.c_str(), [&](const char* name, EntryKind kind) {
-        const bool fits = root.size() + std::string_view(name).size() + 1 < kPathBufferBytes;
-        if (file_system::IsUnfinishedName(name)) littered.insert(root);
-        if (kind == EntryKind::folder && !IsHidden(name) && fits) found.insert(name);
-        return found.size() < kMaxLibraryCategories;
-    });
-    changed = changed || isReadable != wasReadable;
+    const bool listed =
+        file_system::ListFolder(root.c_str(), [&](const char* name, EntryKind kind) {
+            const bool fits = root.size() + std::string_view(name).size() + 1 < kPathBufferBytes;
+            if (file_system::IsUnfinishedName(name)) littered.insert(root);
+            if (kind == EntryKind::folder && !IsHidden(name) && fits) found.insert(name);
+            return found.size() < kMaxLibraryCategories;
+        });
+    if (!listed && isStandIn) return false;
+    isStandIn = false;
+    changed = changed || isReadable != listed;
+    isReadable = listed;
     for (auto old = categories.begin(); old != categories.end();) {
         if (found.contains(old->first)) {
             ++old;
@@ -183,6 +186,7 @@ bool LibraryScanner::ReadSome(int most) {
 }
 
 void LibraryScanner::TakeFactoryBank(std::span<const FactoryProgram> bank) {
+    isStandIn = true;
     isReadable = !bank.empty();
     for (const FactoryProgram& source : bank) {
         const auto [category, isNewCategory] = categories.try_emplace(source.category);

@@ -31,7 +31,8 @@ class LibraryScanner {
     LibraryScanner(std::string rootPath, std::string fileExtension);
 
     // Finds the categories that are new, which are to be listed, and forgets those that are gone.
-    // False when the root cannot be listed; it is empty then.
+    // False when the root cannot be listed; the library is empty then, or keeps the bank that
+    // stands in for it.
     bool ListRoot();
     // Finds and reads the first program of the first category, when that is still to be listed.
     void ReadFirst();
@@ -47,7 +48,7 @@ class LibraryScanner {
     // before whom they are not watched yet.
     void ListAhead();
 
-    // In place of a root that does not exist.
+    // In place of a root that does not exist, until one can be listed.
     void TakeFactoryBank(std::span<const FactoryProgram> bank);
 
     // Reads up to `most` programs of those that are to be read; returns whether more are left.
@@ -88,6 +89,7 @@ class LibraryScanner {
     const std::string root;
     const std::string extension;
     bool isReadable = false;
+    bool isStandIn = false;                                   // a bank in place of the root
     std::map<std::string, Category, ByShownName> categories;  // by folder name
     std::deque<std::string> unlisted;                         // folder names
     std::deque<std::pair<std::string, std::string>> unread;   // folder and file name

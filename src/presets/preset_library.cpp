@@ -124,12 +124,10 @@ void PresetLibrary::Refresh(const std::string& folder) {
     ++refreshesWaiting;
     const std::lock_guard lock(scanMutex);
     --refreshesWaiting;
-    if (!scanner.ListRoot() && isFromBank) {
-        scanner.TakeFactoryBank(place.bank);
-    } else {
-        isFromBank = false;
+    if (scanner.ListRoot() || !isFromBank) {
+        const bool wasFromBank = isFromBank.exchange(false);
         scanner.ListAhead();
-        if (folder.empty())
+        if (folder.empty() || wasFromBank)
             scanner.ListAllCategories();
         else
             scanner.ListCategory(scanner.CategoryOf(folder));
@@ -233,16 +231,12 @@ void PresetLibrary::WaitForChanges() {
 void PresetLibrary::LookAgain(const CFolderWatch::Changes& changes) {
     const auto start = Clock::now();
     const std::lock_guard lock(scanMutex);
-    const bool hadRoot = !isFromBank;
+    // A root that was there and is gone was taken away on purpose: the bank does not come back.
     const bool hasRoot = scanner.ListRoot();
     watch.SetFolders(scanner.Folders());
-    if (!hasRoot) {
-        // A root that was there and is gone was taken away on purpose.
-        if (!hadRoot) scanner.TakeFactoryBank(place.bank);
-    } else if (changes.everything || !hadRoot) {
-        isFromBank = false;
+    if (hasRoot && (isFromBank.exchange(false) || changes.everything)) {
         scanner.ListAllCategories();
-    } else {
+    } else if (hasRoot) {
         for (const std::string& folder : changes.folders)
             scanner.ListCategory(scanner.CategoryOf(folder));
     }

@@ -54,6 +54,7 @@ TEST_F(WithBank, StaysInMemoryWhereItCannotBeWritten) {
     instance.Send(0, 0xB0, 32, 1);
     instance.Render(16);
     EXPECT_EQ(NameOf(instance.synth), "Ten 9");
+    PresetLibrary::Open(place)->Refresh({});  // it looks for the root again and again
     EXPECT_TRUE(instance.list.NextProgram());
     EXPECT_TRUE(instance.list.LoadProgramFromFile(instance.list.GetProgramPath().c_str()));
     EXPECT_EQ(instance.Value(), 0.5f);
