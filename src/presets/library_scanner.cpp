@@ -37,6 +37,16 @@ bool LibraryScanner::IsProgramFile(const std::string& name) const {
     return ending == extension || ending == "fxp";
 }
 
+LibraryId LibraryScanner::IdOf(const std::string& path) {
+    const auto former = formerIds.extract(path);
+    return former ? former.mapped() : nextId++;
+}
+
+void LibraryScanner::KeepId(const std::string& path, LibraryId id) {
+    if (formerIds.size() > kMaxLibraryPrograms) formerIds.clear();
+    formerIds.insert_or_assign(path, id);
+}
+
 bool LibraryScanner::ListRoot() {
     std::set<std::string> found;
     const bool listed =
@@ -55,6 +65,9 @@ bool LibraryScanner::ListRoot() {
             ++old;
             continue;
         }
+        KeepId(old->first, old->second.id);
+        for (const auto& [name, program] : old->second.programs)
+            KeepId(old->first + '/' + name, program.id);
         numPrograms -= old->second.programs.size();
         changed = true;
         old = categories.erase(old);
@@ -62,7 +75,7 @@ bool LibraryScanner::ListRoot() {
     for (const std::string& name : found) {
         const auto [category, isNew] = categories.try_emplace(name);
         if (!isNew) continue;
-        category->second.id = nextId++;
+        category->second.id = IdOf(name);
         changed = true;
         unlisted.push_back(name);
     }
@@ -96,7 +109,7 @@ void LibraryScanner::ReadFirst() {
     const auto [place, isNew] = category.programs.try_emplace(first);
     if (!isNew) return;
     ++numPrograms;
-    place->second.id = nextId++;
+    place->second.id = IdOf(folderName + '/' + first);
     Read(folder + '/' + first, place->second);
 }
 
@@ -134,13 +147,17 @@ void LibraryScanner::ListCategory(const std::string& folderName) {
     });
 
     numPrograms -= programs.size();
-    if (std::erase_if(programs, [&](const auto& old) { return !found.contains(old.first); }) > 0)
-        changed = true;
+    const auto isGone = [&](const auto& old) {
+        if (found.contains(old.first)) return false;
+        KeepId(folderName + '/' + old.first, old.second.id);
+        return true;
+    };
+    if (std::erase_if(programs, isGone) > 0) changed = true;
     for (const std::string& name : found) {
         const auto [place, isNew] = programs.try_emplace(name);
         Program& program = place->second;
         if (isNew) {
-            program.id = nextId++;
+            program.id = IdOf(folderName + '/' + name);
             changed = true;
         }
         // One without bytes waits to be read already.
@@ -190,14 +207,14 @@ void LibraryScanner::TakeFactoryBank(std::span<const FactoryProgram> bank) {
     isReadable = !bank.empty();
     for (const FactoryProgram& source : bank) {
         const auto [category, isNewCategory] = categories.try_emplace(source.category);
-        if (isNewCategory) category->second.id = nextId++;
+        if (isNewCategory) category->second.id = IdOf(source.category);
         category->second.isListed = true;
         const std::string name = std::string(source.name) + '.' + extension;
         const auto [program, isNew] = category->second.programs.try_emplace(name);
         if (!isNew) continue;
         ++numPrograms;
         changed = true;
-        program->second.id = nextId++;
+        program->second.id = IdOf(source.category + ('/' + name));
         program->second.onDisk = false;
         ProgramBlock block;
         block.size = static_cast<int>(std::min(source.block.size(), block.bytes.size()));

@@ -8,6 +8,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -81,6 +82,10 @@ class LibraryScanner {
         std::map<std::string, Program, ByShownName> programs;  // by file name
     };
 
+    // `path` begins at the root. What comes back has the id that it had.
+    LibraryId IdOf(const std::string& path);
+    void KeepId(const std::string& path, LibraryId id);
+
     bool IsProgramFile(const std::string& name) const;
     bool VisitPrograms(const std::string& folder, const std::function<bool(std::string)>& visit);
     bool MayHaveChanged(const std::string& path, const Program& program) const;
@@ -96,6 +101,7 @@ class LibraryScanner {
     std::set<std::string> littered;                           // full paths
     std::size_t numPrograms = 0;
     LibraryId nextId = 0;
+    std::unordered_map<std::string, LibraryId> formerIds;  // of what is gone
     bool changed = true;
 };
 

@@ -86,6 +86,10 @@ TEST(PresetLibrary, SeesWhatOthersDo) {
     EXPECT_TRUE(shows("0: deep x | A: a first one"));
     EXPECT_EQ(instance.list.GetCurrentPrg(), -1) << "it is gone";
     EXPECT_EQ(instance.list.GetProgramName(), "two");
+    folder.Write("A/two.norava", Block(0.5f));
+    EXPECT_TRUE(shows("0: deep x | A: a first one two"));
+    EXPECT_EQ(instance.list.GetCurrentPrg(), 2) << "and back at its place";
+    fs::remove(folder.Path("A/two.norava"));
 
     folder.Write("A/one.norava", Block(0.75f));
     EXPECT_TRUE(Eventually([&] {
