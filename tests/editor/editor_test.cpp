@@ -65,6 +65,8 @@ class EditorTest : public testing::Test, public CPluginWrapper {
     }
     void BeginAutomation(int index) override { log.push_back("begin " + std::to_string(index)); }
     void FinishAutomation(int index) override { log.push_back("end " + std::to_string(index)); }
+    void ProgramChanged() override { log.push_back("program"); }
+    void TQ_RightClick(int index) override { log.push_back("menu " + std::to_string(index)); }
     bool ResizeEditor(int width, int height) override {
         log.push_back("size " + std::to_string(width) + " " + std::to_string(height));
         EXPECT_EQ(editor->GetEditorSize().width, width) << "as the host finds it meanwhile";
@@ -133,6 +135,13 @@ TEST_F(EditorTest, EveryControlMovesItsParameterAndTellsTheHost) {
     }
 }
 
+TEST_F(EditorTest, LeavesTheRightClickToTheHostThatHasAMenuForIt) {
+    GetPluginInstance()->SetPluginFormatTQ();
+    view->Click(CentreOf(param::kStringMix), kMouseRight);
+    GetPluginInstance()->SetPluginFormatVST();
+    EXPECT_THAT(log, ElementsAre("menu " + std::to_string(int{param::kStringMix})));
+}
+
 TEST_F(EditorTest, FollowsWhatChangesElsewhere) {
     for (const int id : {int{param::kMasterLevel}, int{param::kOctave}, int{param::kMatrix} + 1}) {
         synth->SetParamValue(id, 0.75f);
@@ -153,6 +162,7 @@ TEST_F(EditorTest, StepsSavesLoadsAndResetsPrograms) {
     EXPECT_EQ(Text(kProgramDisplay), "One");
     view->Click(CentreOf(kNextProgram));
     EXPECT_EQ(Shown(param::kCombLevel), 0.5f);
+    EXPECT_THAT(log, testing::Contains("program")) << "the host reads the name again";
     view->Click(CentreOf(kNextProgram));
     EXPECT_EQ(Text(kProgramDisplay), "Two") << "the last one";
     view->Click(CentreOf(kPreviousProgram));

@@ -110,11 +110,16 @@ class CountingEffect : public CPluginRenderer {
             for (int channel : {0, 1})
                 outputBuffer.GetBuf(channel)[i] += inputBuffer.GetBuf(channel)[i] + frame;
         }
+        product = Denormal();
+    }
+    void ReportChangedValues() override { hostsProduct = Denormal(); }
+    static float Denormal() {
         volatile float tiny = 1e-38f;
-        product = tiny * 1e-3f;
+        return tiny * 1e-3f;
     }
     float frame = 0.0f;
-    float product = -1.0f;  // of two numbers that make a denormal one
+    float product = -1.0f;
+    float hostsProduct = -1.0f;
 };
 
 TEST(BlockRunner, FeedsInputsOfAnEffectInPlace) {
@@ -140,6 +145,7 @@ TEST(BlockRunner, FlushesDenormalsAndGivesTheHostsModeBack) {
     const unsigned after = _mm_getcsr();
     _mm_setcsr(before);
     EXPECT_EQ(effect.product, 0.0f);
+    EXPECT_GT(effect.hostsProduct, 0.0f) << "what the host is told, it hears in its own mode";
     EXPECT_EQ(after, before | roundDown);
 }
 #endif

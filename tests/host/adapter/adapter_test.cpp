@@ -71,7 +71,8 @@ class FakeEditor final : public CPluginEditorInterface {
     explicit FakeEditor(Log& shared) : log(shared) {}
     ~FakeEditor() override { log.entries.emplace_back("editor gone"); }
 
-    void Connect(CPluginRenderer*, CPluginWrapper* newWrapper) override {
+    void Connect(CPluginRenderer* newRenderer, CPluginWrapper* newWrapper) override {
+        renderer = newRenderer;
         wrapper = newWrapper;
         log.Add(newWrapper != nullptr ? "connect" : "disconnect");
     }
@@ -104,6 +105,7 @@ class FakeEditor final : public CPluginEditorInterface {
     void ShowBrowser() override {}
     void ShowAboutBox() override {}
 
+    CPluginRenderer* renderer = nullptr;
     CPluginWrapper* wrapper = nullptr;
     bool canOpen = true;
 
@@ -284,6 +286,10 @@ TEST_F(AdapterTest, ShowsThePanel) {
     Dispatch(effEditClose);
     EXPECT_THAT(TakeLog(), ElementsAre("open", "open", "close", "open", "idle", "key 97 9",
                                        "key 0 0", "key 0 0", "key 0 0", "close"));
+    const auto changes = definition.editor->renderer->GetAllChangedCount();
+    char name[] = "The host's";
+    Dispatch(effSetProgramName, 0, 0, name);
+    EXPECT_GT(definition.editor->renderer->GetAllChangedCount(), changes) << "it shows the name";
     EXPECT_FALSE(definition.editor->wrapper->ResizeEditor(1710, 1064)) << "nobody was asked";
     canResize = true;
     EXPECT_TRUE(definition.editor->wrapper->ResizeEditor(1710, 1064));
