@@ -85,27 +85,16 @@ TEST(ModuleSound, WorksInBlocksOfEverySize) {
     instance.effect->processReplacing(instance.effect, nullptr, nullptr, -1);
 }
 
-// How much a sound differs from itself one period of a note later.
-float Difference(const std::vector<float>& sound, float rate, float hertz) {
-    const auto lag = static_cast<std::size_t>(std::lround(rate / hertz));
-    float sum = 0.0f;
-    for (std::size_t i = lag; i < sound.size(); ++i)
-        sum += std::abs(sound[i] - sound[i - lag]);
-    return sum;
-}
-
-TEST(ModuleSound, KeepsItsPitchAtEveryRateWhateverTheHostSays) {
-    VstInstance instance;
-    for (const float rate : {8000.0f, 11025.0f, 22050.0f, 44100.0f, 48000.0f, 88200.0f, 96000.0f,
-                             176400.0f, 192000.0f, 384000.0f}) {
+TEST(ModuleSound, IsThatOfTheHostsLastRate) {
+    VstInstance changed;
+    for (const float rate : {8000.0f, 22050.0f, 44100.0f, 96000.0f, 384000.0f}) {
         for (const float said : {rate, 0.0f, -44100.0f, NAN})
-            instance.Start(said);                              // without suspending
-        instance.Note(57);                                     // 220 Hz
-        instance.Render(static_cast<int>(rate * 0.2f), 5000);  // more than was announced
-        const Stereo sound = instance.Render(static_cast<int>(rate * 0.1f), 256);
-        const float there = Difference(sound.left, rate, 220.0f);
-        for (const float elsewhere : {214.0f, 226.0f, 440.0f})
-            EXPECT_LT(there, Difference(sound.left, rate, elsewhere)) << rate << ' ' << elsewhere;
+            changed.Start(said);  // without suspending
+        VstInstance fresh(rate);
+        for (VstInstance* const instance : {&changed, &fresh})
+            instance->Note(57);
+        // In a block that is larger than was announced.
+        EXPECT_TRUE(changed.Render(5000, 5000) == fresh.Render(5000)) << rate;
     }
 }
 
