@@ -25,6 +25,9 @@ constexpr int kOctavePositions = 7;
 constexpr int kLampPicture = 7;
 constexpr int kResonatorCapPicture = 10;
 constexpr int kMenuTextLeft = 4;
+// The narrow menus hold "16/4", which leaves two pixels on either side.
+constexpr int kNarrowMenu = 35;
+constexpr int kNarrowMenuTextLeft = 2;
 
 CSize FrameSize(int imageId) {
     const PanelPicture* const picture = FindPanelPicture(imageId);
@@ -86,7 +89,7 @@ CControlMenu* CNoravaEditor::createMenu(int id, int x, int y, int width) {
     const int height = FindPanelControl(id)->rect.height;
     auto* const menu = Attach<CControlMenu>(*this, id, CRect(x, y, width, height));
     setMenuProfile(menu);
-    menu->SetTextOffset({kMenuTextLeft, 0});
+    menu->SetTextOffset({width > kNarrowMenu ? kMenuTextLeft : kNarrowMenuTextLeft, 0});
     return menu;
 }
 

@@ -84,9 +84,12 @@ class CControlMenu : public CControlDisplay {
     void SetTopItemID(float row);
     void MoveScrollBar(float rows) { SetTopItemID(static_cast<float>(bar.GetTop()) + rows); }
 
-    // A picture has two frames, closed above open; no text is shown then.
+    // Where the closed menu shows its text, in window coordinates.
+    [[nodiscard]] CRect GetClosedTextArea() const;
+
     void SetValue(float newValue) override;
     using CControl::SetRect;
+    // A picture has two frames, closed above open; no text is shown then.
     void DrawToBuffer() override;
     void DrawOverlay() override;
     bool MouseDown() override;

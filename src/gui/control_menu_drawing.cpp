@@ -17,6 +17,12 @@ constexpr int kSeparatorInset = 8;
 
 }  // namespace
 
+CRect CControlMenu::GetClosedTextArea() const {
+    CRect area = GetTextArea();
+    area.width = std::min(area.width, TamedRect(GetRect()).GetRight() - kClosedTextEnd - area.left);
+    return area;
+}
+
 void CControlMenu::DrawClosed(CGraphicBuffer& buffer) const {
     const CRect closed = TamedRect(GetRect());
     if (const CImage* picture = GetImage()) {
@@ -35,11 +41,9 @@ void CControlMenu::DrawClosed(CGraphicBuffer& buffer) const {
                                   static_cast<float>(closed.GetCenter().y) - 1.0f},
                                  3.5f, 4.0f, palette[listOpen ? kItemHovered : kItemText]);
     }
-    CRect area = GetTextArea();
-    area.width = std::min(area.width, closed.GetRight() - kClosedTextEnd - area.left);
     LabelStyle style = GetLabelStyle();
     if (listOpen) style.color = palette[kClosedText];
-    DrawLabel(buffer, GetText(), area, style);
+    DrawLabel(buffer, GetText(), GetClosedTextArea(), style);
 }
 
 void CControlMenu::DrawToBuffer() {

@@ -9,7 +9,7 @@
 #include "editor/panel_layout.h"
 #include "editor/panel_text.h"
 #include "framework/plugin_instance.h"
-#include "gui/control_display.h"
+#include "gui/control_menu.h"
 #include "gui/offscreen_window.h"
 #include "gui/pictures.h"
 #include "parameters/parameter_table.h"
@@ -257,6 +257,18 @@ TEST_F(EditorTest, PaintsStringsOnlyWhileTheyMove) {
         paintedIn(100);
     }
     EXPECT_THAT(paintedIn(3), IsEmpty()) << "they have come to rest";
+}
+
+TEST_F(EditorTest, ClosedMenusShowEveryItemWhole) {
+    for (const Parameter& parameter : kParameters) {
+        auto* const menu = dynamic_cast<CControlMenu*>(editor->GetControlByID(parameter.index));
+        for (int i = 0; menu != nullptr && i < menu->GetNumItems(); ++i) {
+            const std::string& text = menu->GetItemByNum(i)->text;
+            EXPECT_LE(MeasureLabel(*editor->GetGraphicBuffer(), text, false),
+                      menu->GetClosedTextArea().width)
+                << text;
+        }
+    }
 }
 
 TEST_F(EditorTest, LooksAsItShould) {
