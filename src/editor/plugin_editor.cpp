@@ -158,7 +158,9 @@ int CPluginEditor::GetZoom() const {
 
 void CPluginEditor::SetZoom(int factor) {
     CPluginInstance* const definition = GetPluginInstance();
-    if (definition == nullptr || factor == GetZoom()) return;
+    if (definition == nullptr) return;
+    // All panels share the factor; another one may have changed it, or this one's host refused it.
+    if (factor == GetZoom() && (!IsOpen() || factor == GetSclFactor())) return;
     definition->SetUIScalingFactor(factor);
     if (!IsOpen()) return;
     // Hosts ask for the rectangle while they resize. One that does not resize keeps this window as

@@ -223,6 +223,7 @@ TEST_F(EditorTest, EndsGesturesWhenItCloses) {
 }
 
 TEST_F(EditorTest, ZoomsInItsHostsWindow) {
+    GetPluginInstance()->SetUIScalingFactor(3);  // as another open panel did
     view->Click(CentreOf(kNamePlate), kMouseRight);
     view->PressKey(kKeyEnd);
     view->PressKey(kKeyEnter);
