@@ -14,7 +14,7 @@ void ReadWhole(const float* from, float* out, int frames) {
 }  // namespace
 
 void RateConverter::SetHostRate(double hertz) {
-    step_ = kInternalRate / std::clamp(hertz, kLowestHostRate, kHighestHostRate);
+    step_ = kInternalRate / std::clamp(hertz, kMinSampleRate, kMaxSampleRate);
 }
 
 void RateConverter::Reset() {

@@ -5,11 +5,9 @@
 #include <cmath>
 
 #include "dsp/sound_settings.h"
+#include "framework/plugin_renderer.h"
 
 namespace norava {
-
-inline constexpr double kLowestHostRate = 1000.0;     // Hz
-inline constexpr double kHighestHostRate = 768000.0;  // Hz
 
 // Turns the key voices' fixed 48000 frames per second into the host's rate: renders chunks of at
 // most 48 host frames' worth of them into its buffers and reads these at host positions with linear
@@ -25,7 +23,7 @@ inline constexpr double kHighestHostRate = 768000.0;  // Hz
 // only the position moves on.
 class RateConverter {
   public:
-    // Host rates outside kLowestHostRate..kHighestHostRate count as the nearer end.
+    // Host rates outside kMinSampleRate..kMaxSampleRate count as the nearer end.
     void SetHostRate(double hertz);
 
     // As new: buffers, position and count cleared.
@@ -46,7 +44,7 @@ class RateConverter {
     // The last frame of the chunk before, a whole chunk at the lowest host rate, and one to read
     // past the end.
     static constexpr int kBufferSize =
-        kChunkFrames * (kInternalRate / static_cast<int>(kLowestHostRate)) + 3;
+        kChunkFrames * (kInternalRate / static_cast<int>(kMinSampleRate)) + 3;
     using Buffer = std::array<float, kBufferSize>;
 
     int TakeFromLastChunk(float* left, float* right, int frames);

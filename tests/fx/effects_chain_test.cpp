@@ -91,6 +91,8 @@ TEST(EffectsChain, GivesTheBitsOfItsPlainTwin) {
                 ASSERT_TRUE(pair.sameBlock(frames))
                     << rate << " Hz, " << frames << " frames, " << i;
                 if (i == 5) pair.setEverythingAtRandom(0.8f);
+                if (i == 7) pair.chain.requestReverbReset();
+                if (i == 7) pair.twin.reverb.suspend();
                 if (i == 9) pair.chain.reset();
                 if (i == 9) pair.twin.reset();
             }
