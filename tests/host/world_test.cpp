@@ -121,7 +121,8 @@ TEST(World, IsLeftAsItWasByAThousandInstances) {
     // The first ones fill what the process keeps for itself, such as the C library's arenas.
     for (int i = 0; i < 100; ++i)
         MakeAndClose(i);
-    const long filled = kilobytes(), numThreads = NumEntries("/proc/self/task");
+    [[maybe_unused]] const long filled = kilobytes();
+    const long numThreads = NumEntries("/proc/self/task");
     for (int i = 0; i < 1000; ++i)
         MakeAndClose(i);
     EXPECT_EQ(NumEntries("/proc/self/task"), numThreads);
