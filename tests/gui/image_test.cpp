@@ -29,14 +29,18 @@ struct PictureFolder : test::ScratchFolder {
 };
 
 struct Sample {
-    // Smooth shading in frames that differ in a few pixels.
+    // Smooth shading under a little noise, plain rows, and frames that differ in a few pixels.
     Sample(CSize size, int scale, bool hasAlpha, int frames = 1)
         : picture{size, scale, hasAlpha, frames > 1 ? size.cy * scale / frames : 0} {
+        uint32_t noise = 12345;
         const int width = size.cx * scale, height = size.cy * scale / frames;
         for (int i = 0; i < width * height * frames; ++i) {
             const int x = i % width, y = i / width % height, frame = i / width / height;
-            const auto shade = static_cast<uint32_t>(x * 3 + (frame == x ? y * y : y)) % 256;
-            words.push_back(shade * 0x010101u | (hasAlpha && y % 4 == 1 ? 200u : 255u) << 24);
+            noise = noise * 1664525u + 1013904223u;
+            const auto shade = static_cast<uint32_t>(x * 3 + y) % 256 * 0x010101u;
+            const uint32_t word = frame == x ? noise : shade + (noise >> 30);
+            const uint32_t alpha = hasAlpha ? 200u + (noise >> 28) : 255u;
+            words.push_back(hasAlpha && y % 4 == 1 ? 0u : (word & 0x00FFFFFFu) | alpha << 24);
         }
     }
     [[nodiscard]] std::vector<uint8_t> Pack() const { return PackPicture(picture, words); }
@@ -55,6 +59,7 @@ TEST(Image, DoesNotBelieveClaims) {
         return CImage().LoadFromMemory(bytes, "x");
     };
     const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(CImage().LoadFromMemory({}, nullptr));
     EXPECT_FALSE(claim(65535, 65535));
     EXPECT_FALSE(claim(8000, 4001));
     for (int i = 0; i < 3; ++i)
@@ -81,10 +86,11 @@ TEST(ImageBank, LoadsEachPathOnceForAll) {
         ASSERT_NE(image, nullptr);
         EXPECT_EQ(image_bank::Import(one.c_str(), 2, "other"), image);
         EXPECT_EQ(image_bank::FindByID(2), nullptr) << "a known picture keeps its id";
-        EXPECT_EQ(image_bank::FindByName("other"), nullptr);
         EXPECT_EQ(image_bank::FindByName(""), nullptr);
         EXPECT_NE(image_bank::Import(two.c_str(), 1, nullptr), nullptr);
-        EXPECT_EQ(image_bank::Import(folder.Path().c_str(), 3, "no picture"), nullptr);
+        const std::string bad = folder.Write("bad.tga", "no picture");
+        for (const char* none : {bad.c_str(), "missing.tga", static_cast<const char*>(nullptr)})
+            EXPECT_EQ(image_bank::Import(none, 3, "none"), nullptr);
         EXPECT_EQ((image_bank::User(), image_bank::CountUsers()), 2);
         EXPECT_EQ(image_bank::FindByID(1), image) << "the first of two, and a user is left";
     }
@@ -127,6 +133,10 @@ TEST(ImageBank, TakesPicturesFromTheFolderOrTheModule) {
     EXPECT_EQ(window.GetImageByName("named"), fader);
     EXPECT_EQ(large.GetImageByID(9), fader) << "shared by all windows";
     EXPECT_EQ(import("knob.tga"), nullptr) << "a folder that exists must be complete";
+    window.SetImageLibraryDir(std::string(1023, 'x').c_str());
+    EXPECT_EQ(import("knob.tga"), nullptr) << "never cut";
+    window.SetImageLibraryDir(nullptr);
+    EXPECT_EQ(import(folder.Path("fader.tga").c_str()), fader);
     for (CWindowPort* port : {&window, &large}) {
         port->SetBuiltInPictures(set);
         port->SetImageLibraryDir(folder.Path("Graphics/").c_str());
@@ -134,7 +144,7 @@ TEST(ImageBank, TakesPicturesFromTheFolderOrTheModule) {
         ASSERT_NE(knob, nullptr);
         EXPECT_EQ(knob->GetSclFactor(), port->GetSclFactor()) << "drawn for it, not magnified";
     }
-    for (const char* missing : {"fader.tga", "broken.tga", ""})
+    for (const char* missing : {"fader.tga", "broken.tga", "", static_cast<const char*>(nullptr)})
         EXPECT_EQ(import(missing), nullptr);
 }
 

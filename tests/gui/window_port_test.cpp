@@ -96,10 +96,6 @@ TEST_F(WindowTest, KeysFollowTheFocus) {
     a->SetSuper(false);
     c->act = [](TestControl&, const std::string&) { return false; };
     EXPECT_FALSE(view.PressKey('q')) << "the host may have it";
-    TakeLog();
-    c->Disable(true);
-    view.PressKey('q');
-    EXPECT_THAT(TakeLog(), ElementsAre("lost focus 3"));
 }
 
 TEST_F(WindowTest, AModalControlHasTheWindowForItself) {
@@ -160,10 +156,6 @@ TEST_F(WindowTest, TrackingKeepsTheMouse) {
     EXPECT_TRUE(c->IsTracking()) << "nobody ends the tracking of another";
     c->FinishTracking();
     EXPECT_FALSE(window.IsTracking() || view.IsTracking());
-    c->StartTracking(false);
-    a->StartTracking(false);
-    EXPECT_TRUE(a->IsTracking());
-    EXPECT_FALSE(c->IsTracking());
 }
 
 // Drags that end because the control goes away must end their gesture too.
@@ -200,9 +192,8 @@ TEST_F(WindowTest, EveryWayOutOfADragTellsTheControl) {
     }
 }
 
-// Handlers that pull the ground from under themselves. The address sanitizer is the judge.
-
-// Everything that a user can do to the control in the middle, as long as there is a window.
+// Handlers that pull the ground from under themselves; the address sanitizer is the judge. First
+// everything that a user can do to the control in the middle, as long as there is a window.
 void DoEverything(const std::unique_ptr<OffscreenWindow>& window) {
     for (int step = 0; step < 7 && window && window->IsOpen(); ++step) {
         OffscreenView& view = *window->view;

@@ -128,7 +128,6 @@ TEST_F(X11View, PassesOnWhatTheMouseDoes) {
     window.log.clear();
     desktop->Click(3);
     ASSERT_TRUE(window.UntilLogged("up 1"));
-    EXPECT_EQ(window.GetMouseButtonID(), kMouseRight);
     for (const auto button : std::to_array<uint8_t>({1, 1, 1, 4}))
         desktop->Click(button);
     ASSERT_TRUE(window.UntilLogged("wheel up 1"));
