@@ -48,7 +48,7 @@ bool CFileList::findFiles(const char* folder) {
     if (!prefix.ends_with('/')) prefix += '/';
 
     size_t offered = 0;
-    return file_system::ListFolder(folder, [&](const char* name, EntryKind kind) {
+    const auto listing = file_system::ListFolder(folder, [&](const char* name, EntryKind kind) {
         if (offered == maxEntries) return false;
         const bool usable = kind == EntryKind::file || kind == EntryKind::folder;
         const std::string path = prefix + name;
@@ -57,6 +57,7 @@ bool CFileList::findFiles(const char* folder) {
         ++offered;
         return true;
     });
+    return listing == file_system::Listing::done;
 }
 
 void CFileList::addItem(const char* path, bool isFolder) {

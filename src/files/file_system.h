@@ -35,9 +35,14 @@ enum class EntryKind {
 [[nodiscard]] bool MakeFolder(const char* path);
 
 // Calls `visit` with each entry's name and kind, in the system's order and without "." and "..",
-// until it returns false. False when the folder cannot be opened.
+// until it returns false.
+enum class Listing {
+    done,      // nothing was missed but what `visit` did not want
+    noFolder,  // there is none at that path
+    failed     // it cannot be read to its end now: no right to, no handles left, a drive's error
+};
 using EntryVisitor = std::function<bool(const char* name, EntryKind kind)>;
-[[nodiscard]] bool ListFolder(const char* folder, const EntryVisitor& visit);
+[[nodiscard]] Listing ListFolder(const char* folder, const EntryVisitor& visit);
 
 // Whether a file is still the one that was looked at: another content has another stamp, except
 // that a change within the clock's resolution of the one before may keep it.

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -70,15 +71,21 @@ bool MakeFolder(const char* path) {
     return mkdir(path, 0777) == 0 || KindOf(path) == EntryKind::folder;
 }
 
-bool ListFolder(const char* folder, const EntryVisitor& visit) {
+Listing ListFolder(const char* folder, const EntryVisitor& visit) {
     const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(folder), closedir);
-    if (!stream) return false;
-    while (const dirent* entry = readdir(stream.get())) {
+    if (!stream) {
+        const bool none =
+            errno == ENOENT || errno == ENOTDIR || errno == ELOOP || errno == ENAMETOOLONG;
+        return none ? Listing::noFolder : Listing::failed;
+    }
+    for (;;) {
+        errno = 0;  // the only way to tell the end from an error
+        const dirent* const entry = readdir(stream.get());
+        if (entry == nullptr) return errno == 0 ? Listing::done : Listing::failed;
         const std::string_view name = entry->d_name;
         if (name == "." || name == "..") continue;
-        if (!visit(entry->d_name, KindOfEntry(folder, *entry))) break;
+        if (!visit(entry->d_name, KindOfEntry(folder, *entry))) return Listing::done;
     }
-    return true;
 }
 
 std::optional<FileStamp> StampOf(const char* path) {

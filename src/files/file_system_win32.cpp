@@ -128,12 +128,18 @@ bool MakeFolder(const char* path) {
     return CreateDirectoryW(wide.c_str(), nullptr) || KindOf(path) == EntryKind::folder;
 }
 
-bool ListFolder(const char* folder, const EntryVisitor& visit) {
+Listing ListFolder(const char* folder, const EntryVisitor& visit) {
     const std::wstring wide = WidePath(folder);
-    if (wide.empty()) return false;
+    if (wide.empty()) return Listing::noFolder;
     WIN32_FIND_DATAW entry;
     const HANDLE search = FindFirstFileW((wide + L"\\*").c_str(), &entry);
-    if (search == INVALID_HANDLE_VALUE) return false;
+    if (search == INVALID_HANDLE_VALUE) {
+        const DWORD error = GetLastError();
+        const bool none = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND ||
+                          error == ERROR_DIRECTORY || error == ERROR_INVALID_NAME;
+        return none ? Listing::noFolder : Listing::failed;
+    }
+    bool wantsMore = true;
     do {
         char name[4 * MAX_PATH];
         if (WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, entry.cFileName, -1, name,
@@ -141,10 +147,11 @@ bool ListFolder(const char* folder, const EntryVisitor& visit) {
             continue;
         const std::string_view text = name;
         if (text == "." || text == "..") continue;
-        if (!visit(name, KindOfAttributes(entry.dwFileAttributes))) break;
-    } while (FindNextFileW(search, &entry));
+        wantsMore = visit(name, KindOfAttributes(entry.dwFileAttributes));
+    } while (wantsMore && FindNextFileW(search, &entry));
+    const bool done = !wantsMore || GetLastError() == ERROR_NO_MORE_FILES;
     FindClose(search);
-    return true;
+    return done ? Listing::done : Listing::failed;
 }
 
 bool ReplaceFile(const char* path, const void* bytes, size_t count) {

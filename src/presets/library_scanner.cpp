@@ -10,6 +10,7 @@ namespace norava {
 namespace {
 
 using file_system::EntryKind;
+using file_system::Listing;
 
 int64_t NowInNanoseconds() {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
@@ -49,13 +50,18 @@ void LibraryScanner::KeepId(const std::string& path, LibraryId id) {
 
 bool LibraryScanner::ListRoot() {
     std::set<std::string> found;
-    const bool listed =
+    const Listing result =
         file_system::ListFolder(root.c_str(), [&](const char* name, EntryKind kind) {
             const bool fits = root.size() + std::string_view(name).size() + 1 < kPathBufferBytes;
             if (file_system::IsUnfinishedName(name)) littered.insert(root);
             if (kind == EntryKind::folder && !IsHidden(name) && fits) found.insert(name);
             return found.size() < kMaxLibraryCategories;
         });
+    if (result == Listing::failed) {
+        failed.insert(root);
+        return isReadable && !isStandIn;
+    }
+    const bool listed = result == Listing::done;
     if (!listed && isStandIn) return false;
     isStandIn = false;
     changed = changed || isReadable != listed;
@@ -83,16 +89,19 @@ bool LibraryScanner::ListRoot() {
 }
 
 // Calls `visit` with the file names of a category's programs until it returns false.
-bool LibraryScanner::VisitPrograms(const std::string& folder,
-                                   const std::function<bool(std::string)>& visit) {
-    return file_system::ListFolder(folder.c_str(), [&](const char* entry, EntryKind kind) {
-        std::string name = entry;
-        if (file_system::IsUnfinishedName(name)) littered.insert(folder);
-        // A longer path could be listed but never loaded.
-        const bool fits = folder.size() + 1 + name.size() < kPathBufferBytes;
-        if (kind != EntryKind::file || !fits || !IsProgramFile(name)) return true;
-        return visit(std::move(name));
-    });
+Listing LibraryScanner::VisitPrograms(const std::string& folder,
+                                      const std::function<bool(std::string)>& visit) {
+    const Listing result =
+        file_system::ListFolder(folder.c_str(), [&](const char* entry, EntryKind kind) {
+            std::string name = entry;
+            if (file_system::IsUnfinishedName(name)) littered.insert(folder);
+            // A longer path could be listed but never loaded.
+            const bool fits = folder.size() + 1 + name.size() < kPathBufferBytes;
+            if (kind != EntryKind::file || !fits || !IsProgramFile(name)) return true;
+            return visit(std::move(name));
+        });
+    if (result == Listing::failed) failed.insert(folder);
+    return result;
 }
 
 // Quicker than a listing, which would sort the folder.
@@ -140,11 +149,12 @@ void LibraryScanner::ListCategory(const std::string& folderName) {
 
     std::set<std::string> found;
     const std::size_t room = kMaxLibraryPrograms - (numPrograms - programs.size());
-    (void)VisitPrograms(folder, [&](std::string name) {
+    const Listing result = VisitPrograms(folder, [&](std::string name) {
         if (found.size() == room) return false;
         found.insert(std::move(name));
         return true;
     });
+    if (result == Listing::failed && category->second.isListed) return;
 
     numPrograms -= programs.size();
     const auto isGone = [&](const auto& old) {

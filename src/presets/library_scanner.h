@@ -25,15 +25,15 @@ inline constexpr std::size_t kMaxLibraryPrograms = 200'000;
 
 // Knows what the folders of a library hold, and reads what has changed in them. Entries whose name
 // begins with a dot, that are no regular files (or folders of categories), that cannot be read or
-// that vanish meanwhile count as not there or not usable; none of them makes it wait. One thread at
-// a time, never the audio thread.
+// that vanish meanwhile count as not there or not usable; none of them makes it wait. What was
+// there before stays while an error hides it: handles that are used up, a share that does not
+// answer. One thread at a time, never the audio thread.
 class LibraryScanner {
   public:
     LibraryScanner(std::string rootPath, std::string fileExtension);
 
     // Finds the categories that are new, which are to be listed, and forgets those that are gone.
-    // False when the root cannot be listed; the library is empty then, or keeps the bank that
-    // stands in for it.
+    // False when there is no root: the library is empty then, or keeps the bank that stands in.
     bool ListRoot();
     // Finds and reads the first program of the first category, when that is still to be listed.
     void ReadFirst();
@@ -59,6 +59,8 @@ class LibraryScanner {
 
     // Whether a snapshot made now differs from the one at the last call.
     bool TakeChanged() { return std::exchange(changed, false); }
+    // Folders to be listed again after a while, since the last call: those whose listing failed.
+    std::set<std::string> TakeFailed() { return std::exchange(failed, {}); }
     // Folders in which a listing met what a killed process left unfinished, since the last call.
     std::set<std::string> TakeLittered() { return std::exchange(littered, {}); }
 
@@ -87,7 +89,8 @@ class LibraryScanner {
     void KeepId(const std::string& path, LibraryId id);
 
     bool IsProgramFile(const std::string& name) const;
-    bool VisitPrograms(const std::string& folder, const std::function<bool(std::string)>& visit);
+    file_system::Listing VisitPrograms(const std::string& folder,
+                                       const std::function<bool(std::string)>& visit);
     bool MayHaveChanged(const std::string& path, const Program& program) const;
     void Read(const std::string& path, Program& program);
 
@@ -98,7 +101,7 @@ class LibraryScanner {
     std::map<std::string, Category, ByShownName> categories;  // by folder name
     std::deque<std::string> unlisted;                         // folder names
     std::deque<std::pair<std::string, std::string>> unread;   // folder and file name
-    std::set<std::string> littered;                           // full paths
+    std::set<std::string> littered, failed;                   // full paths
     std::size_t numPrograms = 0;
     LibraryId nextId = 0;
     std::unordered_map<std::string, LibraryId> formerIds;  // of what is gone

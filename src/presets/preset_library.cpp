@@ -20,7 +20,7 @@ constexpr milliseconds kProgress(500);  // between snapshots of a library being 
 constexpr int kPublishingShare = 10;    // at most a tenth of the time goes into them
 constexpr milliseconds kSettling(30);   // after a change, for those that come with it
 constexpr milliseconds kLongestSettling(300);
-constexpr milliseconds kPolling(2000);  // between looks where the system cannot tell
+constexpr milliseconds kPolling(2000);  // between looks where the system cannot tell what happens
 constexpr int kPollingShare = 20;       // at most a twentieth of the time is spent looking
 constexpr milliseconds kResting(3'600'000);
 
@@ -206,15 +206,21 @@ void PresetLibrary::ClearUp() {
 }
 
 milliseconds PresetLibrary::PollingInterval() const {
-    if (!watch.NeedsPolling()) return kResting;
     return std::max(kPolling, milliseconds(kPollingShare * lastScanMilliseconds));
 }
 
 void PresetLibrary::WaitForChanges() {
-    CFolderWatch::Changes changes = watch.Wait(PollingInterval());
+    std::set<std::string> failed;
+    {
+        const std::lock_guard lock(scanMutex);
+        failed = scanner.TakeFailed();
+    }
+    const bool polls = watch.NeedsPolling() || !failed.empty();
+    CFolderWatch::Changes changes = watch.Wait(polls ? PollingInterval() : kResting);
     if (ending) return;
     FreeRetired();
-    changes.everything = changes.everything || watch.NeedsPolling();
+    changes.everything = changes.everything || watch.NeedsPolling() || failed.contains(place.root);
+    changes.folders.insert(changes.folders.end(), failed.begin(), failed.end());
     // Files come in groups (a copied folder), and one save is several changes.
     const auto start = Clock::now();
     while (changes.Any() && !ending && Since(start) < kLongestSettling) {

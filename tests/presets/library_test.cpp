@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "presets/program_folder.h"
@@ -103,6 +104,24 @@ TEST(PresetLibrary, SeesWhatOthersDo) {
     EXPECT_EQ(other.list.GetProgramName(), "saved");
     EXPECT_EQ(Listing(*instance.list.GetLibrary()), "0: deep x | A: a first one saved")
         << "at once in the same process";
+}
+
+TEST(PresetLibrary, KeepsWhatAnErrorHides) {
+    const ProgramFolder folder{"A/one.norava", "A/two.norava", "B/x.norava"};
+    LibrarySynth instance(folder.Place());
+    rlimit handles{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &handles), 0);
+    const rlimit usedUp{0, handles.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &usedUp), 0);
+    fs::rename(folder.Path("A/two.norava"), folder.Path("A/ten.norava"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    PresetLibrary::Open(folder.Place())->Refresh({});
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &handles), 0);
+    EXPECT_EQ(Listing(*instance.list.GetLibrary()), "A: one two | B: x");
+    EXPECT_TRUE(instance.list.NextProgram()) << "still at its place";
+    EXPECT_TRUE(Eventually([&] {
+        return Listing(*instance.list.GetLibrary()) == "A: one ten | B: x";
+    })) << "it looks again";
 }
 
 TEST(PresetLibrary, IsNotHeldUpByHostileFolders) {

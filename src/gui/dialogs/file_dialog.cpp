@@ -119,7 +119,7 @@ void CFileDialog::GoUp() {
 
 void CFileDialog::ListFolder() {
     entries.clear();
-    const bool readable =
+    const auto listing =
         file_system::ListFolder(folder.c_str(), [this](const char* name, EntryKind kind) {
             const bool isFolder = kind == EntryKind::folder;
             const bool fits = showsAll || HasWantedExtension(name);
@@ -127,7 +127,7 @@ void CFileDialog::ListFolder() {
             if (wanted && name[0] != '.') entries.push_back({name, isFolder});
             return entries.size() < kMaxEntries;
         });
-    if (!readable) status = "This folder cannot be read.";
+    if (listing != file_system::Listing::done) status = "This folder cannot be read.";
     if (entries.size() >= kMaxEntries) status = "Only a part of this large folder is shown.";
     std::ranges::sort(entries, [](const Entry& a, const Entry& b) {
         return a.isFolder != b.isFolder ? a.isFolder : CompareNaturally(a.name, b.name) < 0;
