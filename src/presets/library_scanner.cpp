@@ -119,7 +119,7 @@ void LibraryScanner::ReadFirst() {
     if (!isNew) return;
     ++numPrograms;
     place->second.id = IdOf(folderName + '/' + first);
-    Read(folder + '/' + first, place->second);
+    Read(folder, first, place->second);
 }
 
 bool LibraryScanner::ListNext() {
@@ -188,11 +188,18 @@ bool LibraryScanner::MayHaveChanged(const std::string& path, const Program& prog
     return file_system::StampOf(path.c_str()) != program.stamp;
 }
 
-void LibraryScanner::Read(const std::string& path, Program& program) {
+void LibraryScanner::Read(const std::string& folder, const std::string& name, Program& program) {
+    const std::string path = folder + '/' + name;
     // First the stamp: a change in between makes the bytes newer than it and is seen the next time.
     program.readAtNanoseconds = NowInNanoseconds();
     program.stamp = file_system::StampOf(path.c_str());
-    const ProgramBlock block = ReadProgramFile(path).value_or(ProgramBlock{});
+    const std::optional<ProgramBlock> read = ReadProgramFile(path);
+    if (!read && program.stamp && IsProgramFileSize(program.stamp->sizeBytes)) {
+        program.stamp.reset();  // which stays the same when the file can be read again
+        failed.insert(folder);
+        if (program.onDisk && program.block) return;
+    }
+    const ProgramBlock block = read.value_or(ProgramBlock{});
     if (program.onDisk && program.block && *program.block == block) return;
     program.onDisk = true;
     program.block = block.IsUsable() ? std::make_shared<const ProgramBlock>(block) : RefusedBlock();
@@ -207,7 +214,7 @@ bool LibraryScanner::ReadSome(int most) {
         if (category == categories.end()) continue;
         const auto program = category->second.programs.find(name);
         if (program == category->second.programs.end()) continue;
-        Read(root + '/' + folder + '/' + name, program->second);
+        Read(root + '/' + folder, name, program->second);
     }
     return !unread.empty();
 }

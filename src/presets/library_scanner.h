@@ -59,7 +59,8 @@ class LibraryScanner {
 
     // Whether a snapshot made now differs from the one at the last call.
     bool TakeChanged() { return std::exchange(changed, false); }
-    // Folders to be listed again after a while, since the last call: those whose listing failed.
+    // Folders to be listed again after a while, since the last call: they, or programs in them,
+    // could not be read.
     std::set<std::string> TakeFailed() { return std::exchange(failed, {}); }
     // Folders in which a listing met what a killed process left unfinished, since the last call.
     std::set<std::string> TakeLittered() { return std::exchange(littered, {}); }
@@ -92,7 +93,7 @@ class LibraryScanner {
     file_system::Listing VisitPrograms(const std::string& folder,
                                        const std::function<bool(std::string)>& visit);
     bool MayHaveChanged(const std::string& path, const Program& program) const;
-    void Read(const std::string& path, Program& program);
+    void Read(const std::string& folder, const std::string& name, Program& program);
 
     const std::string root;
     const std::string extension;

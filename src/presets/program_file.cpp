@@ -18,10 +18,6 @@ bool IsVstProgramWithChunk(std::span<const char> head) {
     return bytes.starts_with("CcnK") && bytes.substr(kKindOffset).starts_with("FPCh");
 }
 
-bool IsProgramFileSize(std::int64_t bytes) {
-    return bytes >= kMinProgramFileBytes && bytes <= kMaxProgramFileBytes;
-}
-
 std::string_view LastPart(std::string_view path) {
     return path.substr(path.rfind('/') + 1);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -26,6 +27,10 @@ struct ProgramBlock {
 inline constexpr int kMaxProgramFileBytes = 64 * 1024;
 // Smaller ones are no programs.
 inline constexpr int kMinProgramFileBytes = 17;
+
+constexpr bool IsProgramFileSize(std::int64_t bytes) {
+    return bytes >= kMinProgramFileBytes && bytes <= kMaxProgramFileBytes;
+}
 
 // Takes the state out of a program file of `fileBytes` bytes, of which `head` holds the first ones
 // (all, or kProgramHeadBytes of them). A plain file is the state as it stands. A file that starts
