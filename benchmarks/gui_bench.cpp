@@ -8,7 +8,7 @@
 
 #include "benchmarks/plain_raster.h"
 #include "gui/control_group.h"
-#include "gui/noise.h"
+#include "gui/pictures.h"
 #include "gui/pixel_rows.h"
 #include "gui/platform/offscreen_view.h"
 #include "gui/window_port.h"

@@ -10,7 +10,6 @@
 
 #include "benchmarks/plain_raster.h"
 #include "gallery/scenes.h"
-#include "gui/noise.h"
 #include "gui/pictures.h"
 #include "gui/pixel_rows.h"
 
