@@ -143,16 +143,22 @@ void CControlGroup::FocusControl(CControl* control) {
     if (focusedControl == control) return;
     const auto alive = KeepAlive();
     GrabFocus();
-    if (CControl* before = std::exchange(focusedControl, nullptr)) before->LostFocus();
+    if (CControl* before = std::exchange(focusedControl, nullptr)) TakeFocusFrom(before);
     // That handler may have destroyed the one that asks, or given the focus to a third.
     if (control->group != this || focusedControl) return;
     focusedControl = control;
     control->TookFocus();
 }
 
+// A held button acts when it is let go with the mouse inside; here nobody has let it go.
+void CControlGroup::TakeFocusFrom(CControl* control) {
+    if (port && trackingControl == control) port->mousePosition = {-1, -1};
+    control->LostFocus();
+}
+
 void CControlGroup::LoseFocus() {
     const auto alive = KeepAlive();
-    if (CControl* control = std::exchange(focusedControl, nullptr)) control->LostFocus();
+    if (CControl* control = std::exchange(focusedControl, nullptr)) TakeFocusFrom(control);
     LostFocus();
 }
 
@@ -165,7 +171,7 @@ void CControlGroup::ReleaseControl(CControl* control) {
     const auto alive = KeepAlive();
     CControl* const before = std::exchange(releasing, control);
     if (focused) focusedControl = nullptr;
-    control->LostFocus();
+    TakeFocusFrom(control);
     if (trackingControl == control) FinishTracking();
     while (superControls.Holds(control))
         SetSuperControl(control, false);

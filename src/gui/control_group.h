@@ -107,6 +107,7 @@ class CControlGroup {
     // Held while handlers run: one of them may delete the window that owns this group.
     [[nodiscard]] std::shared_ptr<const void> KeepAlive() const;
     void FocusControl(CControl* control);
+    void TakeFocusFrom(CControl* control);
     void SetSuperControl(CControl* control, bool on);
     // Ends what the control has begun: focus, tracking, being modal.
     void ReleaseControl(CControl* control);

@@ -40,12 +40,13 @@ struct DialogTest : testing::Test {
                 if (number-- == 0) return found;
         return nullptr;
     }
-    void Press(const char* button) {
+    CPoint PlaceOf(const char* button) {
         for (int i = 0; auto* const found = Find<CControlButton>(i); ++i)
-            if (std::string(found->GetText()) == button)
-                return view->Click(found->GetRect().GetCenter());
+            if (std::string(found->GetText()) == button) return found->GetRect().GetCenter();
         ADD_FAILURE() << "no button " << button;
+        return {};
     }
+    void Press(const char* button) { view->Click(PlaceOf(button)); }
     std::string Rows() {
         std::string rows;
         auto* const list = Find<CControlList>(0);
@@ -111,6 +112,17 @@ TEST_F(DialogTest, SavesAndAsksBeforeItReplaces) {
     view->PressKey(kKeyEnter);
     EXPECT_EQ(chosen, files.Path("Made/fresh.norava"));
     EXPECT_TRUE(std::filesystem::is_directory(files.Path("Made")));
+}
+
+TEST_F(DialogTest, AHeldButtonActsOnlyWhenItIsLetGo) {
+    for (const bool closes : {false, true}) {
+        ASSERT_TRUE(Ask(true, "fresh"));
+        view->MoveMouse(PlaceOf("Save"));
+        view->PressMouse();
+        closes ? window.Close() : static_cast<void>(view->PressKey(kKeyEscape));
+        EXPECT_FALSE(window.IsSuper());
+        EXPECT_EQ(chosen, "nothing");
+    }
 }
 
 TEST_F(DialogTest, EndsWithItsWindow) {
