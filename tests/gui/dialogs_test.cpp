@@ -119,6 +119,7 @@ TEST_F(DialogTest, AHeldButtonActsOnlyWhenItIsLetGo) {
         ASSERT_TRUE(Ask(true, "fresh"));
         view->MoveMouse(PlaceOf("Save"));
         view->PressMouse();
+        EXPECT_TRUE(view->HasKeyboard()) << "nobody else gets the Escape";
         closes ? window.Close() : static_cast<void>(view->PressKey(kKeyEscape));
         EXPECT_FALSE(window.IsSuper());
         EXPECT_EQ(chosen, "nothing");

@@ -26,6 +26,8 @@ class CDialog : public CControlGroup {
     bool MouseDown() override;
     bool KeyDown(int key) override;
     void WindowCloses() override;
+    // Enter and Escape are for the dialog whatever has the focus in it.
+    [[nodiscard]] bool WantsKeys() const override { return true; }
     void DrawBackground(CRect part) override;
 
     // Attaches the dialog and makes it modal. Null for a window that is not open.

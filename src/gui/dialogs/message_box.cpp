@@ -42,12 +42,6 @@ std::vector<std::string> BreakLines(std::string_view text) {
     return lines;
 }
 
-// Takes the keys of a box that has nothing to type in.
-class KeyTaker : public CControl {
-  public:
-    [[nodiscard]] bool WantsKeys() const override { return true; }
-};
-
 int HeightFor(std::size_t lines, bool hasField) {
     return kTextTop + static_cast<int>(lines) * kLineHeight +
            (hasField ? kFieldHeight + kSpace : 0) + kSpace + 22 + kSpace;
@@ -96,7 +90,7 @@ void CMessageBox::CreateControls() {
                                     texts[static_cast<std::size_t>(i)].c_str()));
     }
     if (!asksForText) {
-        keyTaker = Add<KeyTaker>();
+        keyTaker = Add<CControl>();
         return;
     }
     field = Add<CControlTextField>();
