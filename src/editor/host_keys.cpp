@@ -2,8 +2,6 @@
 
 #include <array>
 
-#include "gui/keys.h"
-
 namespace norava {
 
 namespace {
@@ -58,6 +56,13 @@ unsigned KeyFromHost(const EditorKey& key) {
     }
     if (key.character > 0xFF) return KeyFromKeysym(key.character);
     return key.character > 0 ? static_cast<unsigned>(key.character) : 0;
+}
+
+Modifiers ModifiersFromHost(const EditorKey& key) {
+    constexpr unsigned kShift = 1, kAlt = 2, kCommand = 4, kControl = 8;
+    return {.control = (key.modifiers & (kCommand | kControl)) != 0,
+            .shift = (key.modifiers & kShift) != 0,
+            .alt = (key.modifiers & kAlt) != 0};
 }
 
 }  // namespace norava

@@ -177,12 +177,12 @@ void CPluginEditor::SetZoom(int factor) {
 
 bool CPluginEditor::EditorKeyDown(const EditorKey& key) {
     const unsigned pressed = KeyFromHost(key);
-    return pressed != 0 && IsOpen() && ProcessKeyDown(pressed);
+    return pressed != 0 && PressKey(pressed, ModifiersFromHost(key));
 }
 
 bool CPluginEditor::EditorKeyUp(const EditorKey& key) {
     const unsigned released = KeyFromHost(key);
-    return released != 0 && IsOpen() && ProcessKeyUp(released);
+    return released != 0 && ReleaseKey(released, ModifiersFromHost(key));
 }
 
 // Over the window

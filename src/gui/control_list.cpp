@@ -202,8 +202,8 @@ bool CControlList::StartsWithTyped(const std::string& text) const {
 }
 
 bool CControlList::FindTyped(int key) {
-    if (key < ' ' || key == kKeyDelete || (key == ' ' && typed.empty()) || IsCTRL() || IsALT())
-        return false;
+    const bool isCommand = IsCTRL() != IsALT();  // both together are AltGr
+    if (key < ' ' || key == kKeyDelete || (key == ' ' && typed.empty()) || isCommand) return false;
     const std::string letter = ToPlain(utf8::Encode(static_cast<uint32_t>(key)));
     if (letter.empty()) return false;
     // The same letter again goes on to the next row that begins with it.

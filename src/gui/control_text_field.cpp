@@ -1,6 +1,7 @@
 #include "gui/control_text_field.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "gui/utf8.h"
 
@@ -22,6 +23,12 @@ size_t ToCharacterStart(const std::string& text, size_t at) {
 // Cut where a character ends.
 void CutTo(std::string& text, size_t bytes) {
     if (text.size() > bytes) text.resize(ToCharacterStart(text, bytes));
+}
+
+// With CTRL they edit text everywhere: who types here must not cut the host's tracks with them.
+bool IsEditingLetter(unsigned key) {
+    constexpr std::string_view kLetters = "acvxyzACVXYZ";
+    return key < 0x80 && kLetters.find(static_cast<char>(key)) != kLetters.npos;
 }
 
 }  // namespace
@@ -230,8 +237,8 @@ bool CControlTextField::KeyDown(int key) {
         SendValueChanged(kEntered);
         return true;
     }
-    if (IsCTRL() && (pressed == 'a' || pressed == 'A')) {
-        SelectAll();
+    if (IsCTRL() && !IsALT() && IsEditingLetter(pressed)) {
+        if (pressed == 'a' || pressed == 'A') SelectAll();
         return true;
     }
     return MoveByKey(pressed) || EditByKey(pressed);

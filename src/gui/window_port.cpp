@@ -79,6 +79,14 @@ void CWindowPort::RunEvents() {
     view->RunEvents();
 }
 
+bool CWindowPort::PressKey(unsigned key, Modifiers keys) {
+    return dispatch->events.KeyPressed(key, keys);
+}
+
+bool CWindowPort::ReleaseKey(unsigned key, Modifiers keys) {
+    return dispatch->events.KeyReleased(key, keys);
+}
+
 void CWindowPort::SetSize(CSize newSize) {
     size = newSize;
     buffer.SetSize(newSize);

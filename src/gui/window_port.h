@@ -150,6 +150,9 @@ class CWindowPort {
     [[nodiscard]] PlatformView* GetView() const { return view.get(); }
     // For hosts that call when they are idle.
     void RunEvents();
+    // A key that the view has not seen, passed on by the host; true when it was used.
+    bool PressKey(unsigned key, Modifiers keys);
+    bool ReleaseKey(unsigned key, Modifiers keys);
 
     // Pictures. When the folder does not exist, the built-in set given before stands for it.
     void SetBuiltInPictures(std::span<const BuiltInPicture> pictures) { builtIn = pictures; }

@@ -189,10 +189,13 @@ TEST_F(EditorTest, EscapeLeadsBackThroughWhatIsOpen) {
     editor->ShowBrowser();
     CControlGroup* const browser = modal();
     ASSERT_NE(browser, nullptr);
-    view->PressKey('w');
+    const auto hostsSaveShortcutIsUsed = [this] { return editor->EditorKeyDown({'s', 0, 4}); };
+    EXPECT_FALSE(hostsSaveShortcutIsUsed());
+    EXPECT_TRUE(editor->EditorKeyDown({'w', 0, 0}));
     view->PressKey(kKeyDown);
     view->Click({227, 47});  // "Load"
     EXPECT_NE(modal(), browser) << "a dialog on top";
+    EXPECT_FALSE(hostsSaveShortcutIsUsed());
     view->PressKey(kKeyDown);
     EXPECT_EQ(Text(kProgramDisplay), "Two") << "the keys are the dialog's";
     view->PressKey(kKeyEscape);

@@ -237,6 +237,9 @@ TEST_F(TextFieldTest, Edits) {
     EXPECT_EQ(window.TakeValues().back(), CControlTextField::kEntered);
     for (const unsigned key : {unsigned{kKeyEscape}, unsigned{kKeyTab}, 0x1FFFFFu})
         EXPECT_FALSE(view.PressKey(key));
+    view.SetModifiers({.control = true});
+    EXPECT_TRUE(view.PressKey('x')) << "not the host's scissors";
+    EXPECT_FALSE(view.PressKey('s'));
     EXPECT_STREQ(field->GetText(), "n");
 }
 

@@ -106,9 +106,15 @@ bool CDialog::MouseDown() {
 }
 
 bool CDialog::KeyDown(int key) {
+    const CWindowPort* const window = GetWindowPort();
+    const bool isForHost = window != nullptr && window->GetModifiers().IsCommand();
     if (CControlGroup::KeyDown(key)) return true;
-    if (key == kKeyEnter) Accept();
-    if (key == kKeyEscape) Cancel();
+    if (key == kKeyEnter)
+        Accept();
+    else if (key == kKeyEscape)
+        Cancel();
+    else
+        return !isForHost;
     return true;
 }
 
