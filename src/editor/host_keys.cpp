@@ -52,8 +52,9 @@ unsigned KeyFromKeysym(int keysym) {
 unsigned KeyFromHost(const EditorKey& key) {
     if (key.virtualKey > 0) {
         const auto index = static_cast<std::size_t>(key.virtualKey) - 1;
-        return index < kVirtualKeys.size() ? kVirtualKeys[index] : 0;
+        if (index < kVirtualKeys.size() && kVirtualKeys[index] != 0) return kVirtualKeys[index];
     }
+    // The keypad has numbers of its own, and its characters with them.
     if (key.character > 0xFF) return KeyFromKeysym(key.character);
     return key.character > 0 ? static_cast<unsigned>(key.character) : 0;
 }

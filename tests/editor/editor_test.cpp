@@ -304,6 +304,7 @@ TEST(PanelText, SpeaksInUnitsOfMusicians) {
 TEST(HostKeys, AreTheWindowsOwn) {
     EXPECT_EQ(KeyFromHost({'a', 0, 0}), unsigned{'a'});
     EXPECT_EQ(KeyFromHost({0, 13, 0}), unsigned{kKeyRight});
+    EXPECT_EQ(KeyFromHost({'5', 29, 0}), unsigned{'5'}) << "on the keypad";
     EXPECT_EQ(KeyFromHost({0xFF1B, 0, 0}), unsigned{kKeyEscape});
     for (const EditorKey strange : {EditorKey{0, 58, 0}, {0, -5, 0}, {-1, 0, 0}})
         EXPECT_EQ(KeyFromHost(strange), 0u);
