@@ -5,7 +5,9 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <map>
@@ -15,6 +17,18 @@
 
 namespace norava {
 
+namespace {
+
+// Both are negative in a process that has used up its handles.
+int NewEvents() {
+    return inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+}
+int NewWake() {
+    return eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+}
+
+}  // namespace
+
 struct CFolderWatch::System {
     ~System() {
         if (events >= 0) close(events);
@@ -22,8 +36,9 @@ struct CFolderWatch::System {
     }
     Changes Read();
 
-    int events = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    int wake = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    int events = NewEvents();
+    std::atomic<int> wake = NewWake();
+    std::atomic<bool> woken = false;
     std::map<int, std::set<std::string>> folders;  // watch -> its folders: links may share one
     bool incomplete = false;
 };
@@ -36,6 +51,7 @@ void CFolderWatch::SetFolders(const std::vector<std::string>& wanted) {
                                     IN_CLOSE_WRITE | IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF |
                                     IN_ONLYDIR;
     std::map<int, std::set<std::string>> folders;
+    if (system->events < 0) system->events = NewEvents();
     system->incomplete = false;
     for (const std::string& folder : wanted) {
         // Asking again for a folder that is watched gives its old number; for another folder that
@@ -76,9 +92,19 @@ CFolderWatch::Changes CFolderWatch::System::Read() {
     return changes;
 }
 
+// While there is no handle for `wake`, the flag is looked at from time to time. Wake sets it before
+// it looks for the handle, and here they come the other way round: one of them is always seen.
 CFolderWatch::Changes CFolderWatch::Wait(std::chrono::milliseconds longest) {
-    std::array<pollfd, 2> sources = {{{system->wake, POLLIN, 0}, {system->events, POLLIN, 0}}};
-    poll(sources.data(), sources.size(), static_cast<int>(longest.count()));
+    constexpr std::chrono::milliseconds kWithoutWake(50);
+    std::array<pollfd, 2> sources{};
+    do {
+        if (system->wake < 0) system->wake = NewWake();
+        if (system->woken.exchange(false)) longest = {};
+        const auto step = system->wake < 0 ? std::min(longest, kWithoutWake) : longest;
+        sources = {{{system->wake, POLLIN, 0}, {system->events, POLLIN, 0}}};
+        poll(sources.data(), sources.size(), static_cast<int>(step.count()));
+        longest -= step;
+    } while (longest.count() > 0 && sources[1].revents == 0);
     if ((sources[0].revents & POLLIN) != 0) {
         std::uint64_t count = 0;
         (void)!read(system->wake, &count, sizeof count);
@@ -87,8 +113,9 @@ CFolderWatch::Changes CFolderWatch::Wait(std::chrono::milliseconds longest) {
 }
 
 void CFolderWatch::Wake() {
+    system->woken = true;
     const std::uint64_t one = 1;
-    (void)!write(system->wake, &one, sizeof one);
+    if (system->wake >= 0) (void)!write(system->wake, &one, sizeof one);
 }
 
 }  // namespace norava

@@ -116,6 +116,9 @@ TEST(PresetLibrary, KeepsWhatAnErrorHides) {
     fs::rename(folder.Path("A/two.norava"), folder.Path("A/ten.norava"));
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     PresetLibrary::Open(folder.Place())->Refresh({});
+    CFolderWatch watch;
+    watch.Wake();
+    (void)watch.Wait(std::chrono::hours(1));  // ends at once: a library waits so when it closes
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &handles), 0);
     EXPECT_EQ(Listing(*instance.list.GetLibrary()), "A: one two | B: x");
     EXPECT_TRUE(instance.list.NextProgram()) << "still at its place";
