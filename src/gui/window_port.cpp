@@ -9,6 +9,9 @@ namespace norava {
 
 CWindowPort::CWindowPort(int scale)
     : dispatch(std::make_shared<DispatchState>(this)), buffer(scale), underOverlay(scale) {
+    // What is put back under something faint is as fine as it was.
+    buffer.SetHasDetail(true);
+    underOverlay.SetHasDetail(true);
     CWindowPort::AttachControlGroup(std::make_unique<CControlGroup>());
 }
 
@@ -98,7 +101,9 @@ void CWindowPort::SetSize(CSize newSize) {
 }
 
 void CWindowPort::SetSclFactor(int scale) {
-    if (!IsOpen()) buffer.SetSclFactor(scale);
+    if (IsOpen()) return;
+    buffer.SetSclFactor(scale);
+    underOverlay.SetSclFactor(scale);
 }
 
 CGraphicBuffer* CWindowPort::GetGraphicBuffer() {

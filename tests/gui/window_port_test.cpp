@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "gui/control_display.h"
 #include "gui/offscreen_window.h"
 
 // How a window, its groups and their controls share events, focus, mouse and screen.
@@ -40,6 +41,20 @@ TEST(WindowPort, OpensOnlyWhenItCan) {
     window.Close();
     window.SetViewFactory([](PlatformEvents&, void*, CSize, int) { return nullptr; });
     EXPECT_FALSE(window.Open() || window.IsOpen()) << "no system";
+}
+
+TEST(WindowPort, WhatIsFaintLeavesTheFinePictureUnderIt) {
+    OffscreenWindow window(CSize(40, 30));
+    window.SetSclFactor(2);
+    auto* const letters = window.Add<CControlDisplay>(1, CRect(0, 0, 40, 30));
+    letters->SetText("fine");
+    OffscreenView& view = window.Show();
+    const std::vector<uint32_t> before = view.GetPixels();
+    window.ShowOverlay(letters, letters->GetRect(), 0.5f);  // of which it paints nothing
+    constexpr uint32_t kOneLevel = 0x010101;                // a blend may darken by it
+    EXPECT_TRUE(std::ranges::equal(view.GetPixels(), before, [](uint32_t now, uint32_t was) {
+        return was - now <= kOneLevel;
+    }));
 }
 
 TEST_F(WindowTest, RedrawsOnlyWhatChanged) {
