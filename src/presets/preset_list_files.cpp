@@ -49,13 +49,29 @@ void ReportDifferences(CPluginRenderer& renderer, const std::vector<float>& befo
     }
 }
 
+std::string FolderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/'));
+}
+
+// The folder, or the nearest one round it that exists.
+std::string ExistingFolder(std::string folder) {
+    while (folder.find('/', 1) != folder.npos &&
+           file_system::KindOf(folder.c_str()) != file_system::EntryKind::folder)
+        folder = FolderOf(folder);
+    return folder;
+}
+
 }  // namespace
 
 bool CPresetList::AskForFile(bool save) {
     CPluginEditorInterface* const editor = renderer->GetEditor();
     if (editor == nullptr) return false;
     const CPluginInstance* const definition = GetPluginInstance();
-    const std::string folder = save ? SavingFolder() : GetCatFolder();
+    const std::string wanted = save ? SavingFolder() : GetCatFolder();
+    const std::string folder = ExistingFolder(wanted);
+    // A category that is made by the saving, when the user does not cancel it.
+    const bool makesCategory = save && folder != wanted && folder == rootPath;
+    const std::string newCategory = makesCategory ? wanted : std::string();
     const std::string name = GetProgramName();
     const std::string type =
         std::string(definition != nullptr ? definition->GetPluginName() : "") + " Program";
@@ -67,9 +83,10 @@ bool CPresetList::AskForFile(bool save) {
     request.typeName = type.c_str();
     request.extensions = std::span(extensions).first(save ? 1 : 2);
     request.save = save;
-    if (save) (void)CFileManager().CreateDirectory(folder.c_str());
-    return editor->AskForFile(request, [this, save](const std::string& path) {
-        const std::string target = save ? WithExtension(path) : path;
+    return editor->AskForFile(request, [this, save, newCategory](const std::string& path) {
+        std::string target = save ? WithExtension(path) : path;
+        if (!newCategory.empty() && FolderOf(target) == rootPath)
+            target = newCategory + target.substr(rootPath.size());
         // Another name than the user agreed to replace.
         const bool mayReplace =
             target == path || file_system::KindOf(target.c_str()) == file_system::EntryKind::none;
@@ -145,7 +162,7 @@ bool CPresetList::Save(const std::string& path) {
     if (size < 1) return false;
     std::vector<char> state(static_cast<std::size_t>(size));
     renderer->SaveState(state.data());
-    const std::string folder = path.substr(0, path.rfind('/'));
+    const std::string folder = FolderOf(path);
     (void)CFileManager().CreateDirectory(folder.c_str());
     file_system::RemoveLeftovers(folder.c_str());
     if (!file_system::ReplaceFile(path.c_str(), state.data(), state.size())) return false;
