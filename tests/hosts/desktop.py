@@ -2,6 +2,7 @@
 
 Needs Debian's xvfb, openbox and python3-xlib. Every wait has a limit; a step that fails is named by StepFailed."""
 
+import atexit
 import os
 import re
 import signal
@@ -92,14 +93,7 @@ class Desktop:
 
     def __enter__(self):
         signal.signal(signal.SIGTERM, lambda *_: sys.exit("ended from outside"))
-        try:
-            self.start_display()
-        except BaseException:
-            self.__exit__(None)
-            raise
-        return self
-
-    def start_display(self):
+        atexit.register(self.end)
         read, write = os.pipe()
         screen = f"{self.size[0]}x{self.size[1]}x24"
         self.start("Xvfb", "-displayfd", str(write), "-screen", "0", screen, "-nolisten", "tcp", pass_fds=[write])
@@ -113,10 +107,14 @@ class Desktop:
         self.root = self.display.screen().root
         self.start("openbox")
         wait("a window manager", lambda: self.property(self.root, "_NET_SUPPORTING_WM_CHECK"))
+        return self
 
     def __exit__(self, kind, *_):
         if kind is not None and "NORAVA_PICTURES" in os.environ:
             self.picture().save(os.path.join(os.environ["NORAVA_PICTURES"], "failed.png"))
+        self.end()
+
+    def end(self):
         for sign in (signal.SIGTERM, signal.SIGKILL):
             for process in reversed(self.groups):
                 try:
@@ -124,6 +122,7 @@ class Desktop:
                     process.wait(5)
                 except (ProcessLookupError, subprocess.TimeoutExpired):
                     pass
+        self.groups.clear()
 
     def start(self, *command, **options):
         """Starts a program in a process group of its own; what it says goes to a file in the folder."""
@@ -162,13 +161,11 @@ class Desktop:
     def panel_in(self, window, scale=1):
         """The panel's own window, somewhere inside a host's window."""
         for child in window.query_tree().children:
-            shape = child.get_geometry()
-            if (shape.width, shape.height) == (PANEL[0] * scale, PANEL[1] * scale):
-                return self.panel_in(child, scale) or child
             found = self.panel_in(child, scale)
             if found:
                 return found
-        return None
+        _, _, width, height = self.place(window)
+        return window if (width, height) == (PANEL[0] * scale, PANEL[1] * scale) else None
 
     def tell(self, window, kind, *words):
         data = (32, (list(words) + [0] * 5)[:5])
