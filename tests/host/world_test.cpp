@@ -123,9 +123,11 @@ TEST(World, IsLeftAsItWasByAThousandInstances) {
         MakeAndClose(i);
     [[maybe_unused]] const long filled = kilobytes();
     const long numThreads = NumEntries("/proc/self/task");
+    const long numFiles = NumEntries("/proc/self/fd");
     for (int i = 0; i < 1000; ++i)
         MakeAndClose(i);
     EXPECT_EQ(NumEntries("/proc/self/task"), numThreads);
+    EXPECT_EQ(NumEntries("/proc/self/fd"), numFiles);
 #ifndef NORAVA_SANITIZED  // those checkers keep what was freed for a while
     EXPECT_LT(kilobytes() - filled, 1024);
 #endif

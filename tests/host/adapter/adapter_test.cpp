@@ -27,7 +27,7 @@ using namespace vst;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct Log {
+struct {
     std::vector<std::string> entries;
     bool throwing = false;  // every renderer operation throws
 
@@ -38,11 +38,10 @@ struct Log {
         if (throwing) throw std::runtime_error(entry);
         entries.push_back(entry);
     }
-};
+} log;
 
 class FakeRenderer final : public CPluginRenderer {
   public:
-    explicit FakeRenderer(Log& shared) : log(shared) {}
     ~FakeRenderer() override { log.entries.emplace_back("renderer gone"); }
 
     void Reset(double hz) override {
@@ -61,14 +60,10 @@ class FakeRenderer final : public CPluginRenderer {
         log.Add("asked", index);
         return 0.0f;
     }
-
-  private:
-    Log& log;
 };
 
 class FakeEditor final : public CPluginEditorInterface {
   public:
-    explicit FakeEditor(Log& shared) : log(shared) {}
     ~FakeEditor() override { log.entries.emplace_back("editor gone"); }
 
     void Connect(CPluginRenderer* newRenderer, CPluginWrapper* newWrapper) override {
@@ -110,7 +105,6 @@ class FakeEditor final : public CPluginEditorInterface {
     bool canOpen = true;
 
   private:
-    Log& log;
     bool isOpen = false;
 };
 
@@ -119,16 +113,15 @@ class FakeDefinition final : public CPluginInstance {
     FakeDefinition() { numParams = 1; }
     bool CheckWillOpen() override { return willOpen; }
     std::unique_ptr<CPluginRenderer> CreateRenderer() override {
-        return hasRenderer ? std::make_unique<FakeRenderer>(log) : nullptr;
+        return hasRenderer ? std::make_unique<FakeRenderer>() : nullptr;
     }
     std::unique_ptr<CPluginEditorInterface> CreateEditor() override {
-        auto made = hasEditor ? std::make_unique<FakeEditor>(log) : nullptr;
+        auto made = hasEditor ? std::make_unique<FakeEditor>() : nullptr;
         editor = made.get();
         return made;
     }
     void MakeEffect() { isEffect = true; }
 
-    Log log;
     FakeEditor* editor = nullptr;  // the one made last
     bool willOpen = true;
     bool hasRenderer = true;
@@ -137,7 +130,10 @@ class FakeDefinition final : public CPluginInstance {
 
 class AdapterTest : public testing::Test {
   protected:
-    AdapterTest() { host = this; }
+    AdapterTest() {
+        host = this;
+        log = {};
+    }
     ~AdapterTest() override { Close(); }
 
     AEffect* Open() {
@@ -161,7 +157,7 @@ class AdapterTest : public testing::Test {
         effect->setParameter(record, 0, 0.5f);
         EXPECT_EQ(effect->getParameter(record, 0), 0.0f);
     }
-    std::vector<std::string> TakeLog() { return std::exchange(definition.log.entries, {}); }
+    std::vector<std::string> TakeLog() { return std::exchange(log.entries, {}); }
 
     static iptr Answer(AEffect*, i32 opcode, i32 index, iptr value, void* ptr, f32) {
         switch (opcode) {
@@ -256,7 +252,7 @@ TEST_F(AdapterTest, AnswersNothingForARecordWithoutAnInstance) {
 
 TEST_F(AdapterTest, LetsNoExceptionOut) {
     Open();
-    definition.log.throwing = true;
+    log.throwing = true;
     CallAll(effect);
     EXPECT_EQ(Dispatch(effEditOpen, 0, 0, this), 0);
     Close();
