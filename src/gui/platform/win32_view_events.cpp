@@ -14,6 +14,7 @@ namespace {
 
 constexpr UINT kRunPosted = WM_APP + 1;
 constexpr int kRoamPixels = 100;
+constexpr int kEdgePixels = 64;
 
 CPoint PointOf(LPARAM value) {
     return {GET_X_LPARAM(value), GET_Y_LPARAM(value)};
@@ -65,6 +66,18 @@ unsigned KeyOf(WPARAM virtualKey) {
     const bool dead = (character & 0x80000000u) != 0;
     return dead ? 0
                 : static_cast<unsigned>(std::towlower(static_cast<wint_t>(character & 0xFFFFu)));
+}
+
+// Whether a hidden pointer has gone far from where it began, or near an edge of that screen, which
+// would stop it.
+bool HasRoamed(POINT start, POINT now) {
+    if (now.x == start.x && now.y == start.y) return false;
+    MONITORINFO screen{};
+    screen.cbSize = sizeof screen;
+    GetMonitorInfoW(MonitorFromPoint(start, MONITOR_DEFAULTTONEAREST), &screen);
+    InflateRect(&screen.rcMonitor, -kEdgePixels, -kEdgePixels);
+    return std::abs(now.x - start.x) > kRoamPixels || std::abs(now.y - start.y) > kRoamPixels ||
+           PtInRect(&screen.rcMonitor, now) == 0;
 }
 
 }  // namespace
@@ -219,9 +232,8 @@ void View::FollowHiddenPointer() {
     const CSize whole(sum.cx / scale, sum.cy / scale);
     movementLeft = CSize(sum.cx - whole.cx * scale, sum.cy - whole.cy * scale);
     pointerLast = now;
-    const bool farAway = std::abs(now.x - pointerStart.x) > kRoamPixels ||
-                         std::abs(now.y - pointerStart.y) > kRoamPixels;
-    if (farAway && SetCursorPos(pointerStart.x, pointerStart.y)) pointerLast = pointerStart;
+    if (HasRoamed(pointerStart, now) && SetCursorPos(pointerStart.x, pointerStart.y))
+        pointerLast = pointerStart;
     if (whole != CSize()) events.MouseMovedBy(whole, ModifiersNow());
 }
 
