@@ -252,6 +252,8 @@ void View::Move(NSEvent* event) {
 }
 
 void View::LeaveMouse(NSEvent* event) {
+    // A drag goes on outside, and where it is comes with its movements.
+    if ([NSEvent pressedMouseButtons] != 0) return;
     mouse = {-1, -1};
     events.MouseMoved(mouse, ModifiersOf(event));
 }
