@@ -10,8 +10,8 @@ namespace norava {
 //   high-pass   y = b (x - 2 x1 + x2) - c1 y1 - c2 y2     b = (1 + c) / (2 + s / q)
 //   low-pass    y = b (x + 2 x1 + x2) - c1 y1 - c2 y2     b = (1 - c) / (2 + s / q)
 //               c1 = -2 q c / (q + s),  c2 = (q - s) / (q + s)
-//   band-pass   y = b (x - x2) + c1 y1 - c2 y2            b = s / (2 + s / q) scaled as below
-//               a = s / (2 q): b = s / 2 / (1 + a), c1 = 2 c / (1 + a), c2 = (1 - a) / (1 + a)
+//   band-pass   y = b (x - x2) + c1 y1 - c2 y2            b = s / (2 + s / q)
+//               c1 = 2 c / (1 + a),  c2 = (1 - a) / (1 + a),  a = s / (2 q)
 //
 // The input gain of high- and low-pass is normalised with 1 + s / (2 q) but their poles with 1 + s
 // / q: they ring as a filter of half the given q would, at the level of one with all of it. The

@@ -8,6 +8,10 @@ namespace norava {
 
 namespace {
 
+static_assert(StringSteps::kStrideBytes == CTapeDelayBuffer::kStrideBytes);
+static_assert(StringSteps::kSampleOffset == sizeof(CTapeDelayBuffer::Entry::stamp));
+static_assert(StringSteps::kTiny == kSilence);
+
 // Two of the lines, see StringSteps.
 struct StringPair {
     v128d phase;

@@ -12,6 +12,11 @@ namespace norava {
 // data, so that the loop can be built for several instruction sets. What is named 0 belongs to the
 // entry before the phase, 1 to the one at or behind it.
 struct alignas(32) StringSteps {
+    // The entries in memory, for code that may not share the functions of CTapeDelayBuffer.
+    static constexpr std::size_t kStrideBytes = 24;
+    static constexpr std::size_t kSampleOffset = 8;  // behind the stamp
+    static constexpr float kTiny = 1e-9f;            // what is below becomes 0
+
     double phase[4];
     double rate[4];
     double stamp0[4];

@@ -10,10 +10,6 @@ namespace norava {
 
 namespace {
 
-constexpr std::size_t kStrideBytes = 24;
-constexpr std::size_t kSampleOffset = 8;
-constexpr float kTiny = 1e-9f;
-
 NORAVA_INLINE v128 samplesAt(const std::byte* const* read, std::size_t offset) {
     return v128{loadLanes<float>(read[0] + offset), loadLanes<float>(read[1] + offset),
                 loadLanes<float>(read[2] + offset), loadLanes<float>(read[3] + offset)};
@@ -34,15 +30,15 @@ void renderStringStepsWide(StringSteps& lines, const v128* inputs, v128* outputs
     const v128i sounds = lines.sounds;
     const std::byte* const read[4] = {lines.read[0], lines.read[1], lines.read[2], lines.read[3]};
     std::byte* const write[4] = {lines.write[0], lines.write[1], lines.write[2], lines.write[3]};
-    const std::size_t end = static_cast<std::size_t>(frames) * kStrideBytes;
-    for (std::size_t offset = 0; offset < end; offset += kStrideBytes) {
+    const std::size_t end = static_cast<std::size_t>(frames) * StringSteps::kStrideBytes;
+    for (std::size_t offset = 0; offset < end; offset += StringSteps::kStrideBytes) {
         const v128 rounded1 = _mm256_cvtpd_ps(stamp1);
         const v256d between = _mm256_cvtps_pd(rounded1 - rounded0);
         const v256d t = (phase - before) / between;
-        const v256d sample1 = _mm256_cvtps_pd(samplesAt(read, offset + kSampleOffset));
+        const v256d sample1 = _mm256_cvtps_pd(samplesAt(read, offset + StringSteps::kSampleOffset));
         const v128 played = _mm256_cvtpd_ps(sample0 + (sample1 - sample0) * t);
         const v128i heard = bitsAs<v128i>(played) & sounds;
-        const v128i isTiny = bitsAs<v128>(heard & 0x7fffffff) < v128_Set(kTiny);
+        const v128i isTiny = bitsAs<v128>(heard & 0x7fffffff) < v128_Set(StringSteps::kTiny);
         const v128 delayed = bitsAs<v128>(heard & ~isTiny);
         state = state + (delayed - state) * damping;
         written = *inputs++ + feedback * state;
@@ -58,7 +54,7 @@ void renderStringStepsWide(StringSteps& lines, const v128* inputs, v128* outputs
         // Each line's sample behind its phase.
         for (int lane = 0; lane < 4; ++lane) {
             storeLanes(write[lane] + offset, double{phase[lane]});
-            storeLanes(write[lane] + offset + kSampleOffset, float{written[lane]});
+            storeLanes(write[lane] + offset + StringSteps::kSampleOffset, float{written[lane]});
         }
     }
     storeLanes(lines.phase, phase);

@@ -35,7 +35,7 @@ constexpr bool IsProgramFileSize(std::int64_t bytes) {
 // Takes the state out of a program file of `fileBytes` bytes, of which `head` holds the first ones
 // (all, or kProgramHeadBytes of them). A plain file is the state as it stands. A file that starts
 // as a VST program with a chunk has it from offset 60 and counts as 60 bytes longer than it is, the
-// missing ones zero: hosts wrote such files. Empty for a file of a wrong size.
+// missing ones zero. Empty for a file of a wrong size.
 std::optional<ProgramBlock> DecodeProgram(std::span<const char> head, long fileBytes);
 inline constexpr int kProgramHeadBytes = 60 + kProgramBlockBytes;
 
