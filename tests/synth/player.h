@@ -55,12 +55,14 @@ struct ParamValue {
 
 // Lets a test break the engine from inside.
 struct OpenSynth : CNoravaSynth {
+    using CNoravaSynth::CNoravaSynth;
     using CNoravaSynth::keyGainLeft;
 };
 
 class Player {
   public:
-    explicit Player(double rate = 48000.0) : synth((NeedDefinition(), OpenSynth())) {
+    explicit Player(double rate = 48000.0, const LibraryPlace& programs = {})
+        : synth((NeedDefinition(), OpenSynth(programs))) {
         synth.Reset(rate);
     }
 
@@ -68,7 +70,7 @@ class Player {
         for (const ParamValue& v : values)
             synth.SetParamValue(v.index, v.value);
     }
-    void Send(int status, int data1, int data2, int position = 0) {
+    void Send(int status, int data1, int data2 = 0, int position = 0) {
         std::array<unsigned char, 4> bytes{};
         std::ranges::copy(std::array{status, data1, data2}, bytes.begin());
         synth.CreateMIDIEvent(position, bytes.data(), bytes.size());
