@@ -167,25 +167,25 @@ TEST(ProgramChange, SoundsAsAFileLoadedThere) {
         sounding.list.SaveProgramToFile(std::to_string(i).c_str());
     }
     LibrarySynth byMidi(folder.Place());
-    byMidi.Send(0, kNoteOn, 60, 100);
-    byMidi.Send(1000, kProgram, 2);
-    byMidi.Send(1000, kNoteOn, 67, 100);
-    std::vector<float> played = byMidi.Render(4000);
+    byMidi.Send(kNoteOn, 60, 100);
+    byMidi.Send(kProgram, 2, 0, 1000);
+    byMidi.Send(kNoteOn, 67, 100, 1000);
+    const std::vector<float> played = byMidi.Render(4000, 4000).left;
 
     LibrarySynth byHand(folder.Place());
-    byHand.Send(0, kNoteOn, 60, 100);
-    std::vector<float> expected = byHand.Render(1000);
+    byHand.Send(kNoteOn, 60, 100);
+    std::vector<float> expected = byHand.Render(1000).left;
     ASSERT_TRUE(byHand.list.LoadProgramFromFile(folder.Path("User/2.norava").c_str()));
-    byHand.Send(0, kNoteOn, 67, 100);
-    std::ranges::copy(byHand.Render(3000), std::back_inserter(expected));
+    byHand.Send(kNoteOn, 67, 100);
+    std::ranges::copy(byHand.Render(3000).left, std::back_inserter(expected));
     EXPECT_EQ(played, expected);
     EXPECT_EQ(NameOf(byMidi.synth), "2");
     EXPECT_EQ(byMidi.told, byHand.told) << "the host hears of the same parameters";
     EXPECT_EQ(byMidi.told.size(), 1u);
 
     byMidi.synth.SetParamValue(param::kTune, 0.9f);
-    byMidi.Send(0, kProgram, 2);
-    byMidi.Send(0, kProgram, 3);
+    byMidi.Send(kProgram, 2);
+    byMidi.Send(kProgram, 3);
     byMidi.Render(64);
     EXPECT_EQ(byMidi.Value(param::kTune), 0.9f) << "the current program and one that is not there";
 }
@@ -200,7 +200,7 @@ TEST(ProgramChange, FindsEveryCategoryByController32) {
     LibrarySynth instance(folder.Place());
     for (const int i : {127, 4, 3, 2, 1, 0, 0}) {  // the current one loads its first program again
         instance.synth.SetParamValue(3, 0.9f);
-        instance.Send(0, kController, 32, i);
+        instance.Send(kController, 32, i);
         instance.Render(16);
         EXPECT_EQ(instance.list.GetCurrentCat(), i > 3 ? 0 : i);
         EXPECT_EQ(instance.Value(), i < 3 ? 0.25f * static_cast<float>(i) : 0.9f) << i;
@@ -211,7 +211,7 @@ TEST(ProgramChange, MovesOverFilesThatAreNoPrograms) {
     const ProgramFolder folder{"A/0.norava"};
     folder.Write("A/1.norava", "no program at all, whatever its name");
     LibrarySynth instance(folder.Place());
-    instance.Send(0, kProgram, 1);
+    instance.Send(kProgram, 1);
     instance.Render(64);
     EXPECT_EQ(instance.list.GetCurrentPrg(), 1);
     EXPECT_EQ(instance.Value(), 0.5f);
@@ -242,9 +242,9 @@ TEST(ProgramChange, MeetsEditsLoadsAndRefreshesOfOtherThreads) {
     });
     run([&](int) { LibrarySynth passing(folder.Place()); });
     for (int block = 0; block < 400; ++block) {
-        instance.Send(0, kNoteOn, 40 + block % 40, 100);
-        instance.Send(block % 32, kController, 32, block / 7 % 2);
-        instance.Send(block % 64, kProgram, block % 11);
+        instance.Send(kNoteOn, 40 + block % 40, 100);
+        instance.Send(kController, 32, block / 7 % 2, block % 32);
+        instance.Send(kProgram, block % 11, 0, block % 64);
         instance.Render(64);
     }
 }

@@ -83,31 +83,15 @@ inline std::string Listing(const LibrarySnapshot& library) {
 }
 
 // An instrument on a library, and a host that writes down what it is told.
-class LibrarySynth final : public CPluginWrapper {
+class LibrarySynth final : public Player, public CPluginWrapper {
   public:
-    explicit LibrarySynth(const LibraryPlace& place) : synth((NeedDefinition(), place)) {
+    explicit LibrarySynth(const LibraryPlace& place) : Player(48000.0, place) {
         synth.SetWrapper(this);
-        synth.Reset(48000.0);
         synth.AwaitReadiness();
     }
     void ParameterChanged(int index, float value) override { told.emplace_back(index, value); }
-
-    void Send(int position, int status, int data1, int data2 = 0) {
-        const unsigned char bytes[] = {static_cast<unsigned char>(status),
-                                       static_cast<unsigned char>(data1),
-                                       static_cast<unsigned char>(data2), 0};
-        synth.CreateMIDIEvent(position, bytes, sizeof bytes);
-    }
-    std::vector<float> Render(int frames) {
-        std::vector<float> left(static_cast<std::size_t>(frames));
-        std::vector<float> right(left.size());
-        float* const channels[] = {left.data(), right.data()};
-        RunBlock(synth, {.outputs = channels, .frames = frames}, {});
-        return left;
-    }
     float Value(int index = 3) { return synth.GetParamValue(index); }
 
-    CNoravaSynth synth;
     CPresetList& list = synth.GetPresetList();
     std::vector<std::pair<int, float>> told;
 };
