@@ -32,12 +32,11 @@ TEST(Score, BecomesAMidiFileThatPlaysAsWritten) {
 }
 
 TEST(Score, SlipsOfThePenAreFoundWithTheirLine) {
-    for (const auto& [score, complaint] :
-         {std::pair{"meter 2. 4.\na: C4/8 | C4/2. | C4/2 |\n", "line 2: a bar lasts 960"},
-          {"meter 2. 4.\n\na: H4/8\n", "line 3: 'H4/8'"},
-          {"meter 2. 4.\na: C4/2.\nb: C4/4\n", "differ in length"},
-          {"meter 2. 4.\na: @99999999999 C4\n", "no tempo"},
-          {"", "no voice"}})
+    for (const auto& [score, complaint] : {
+             std::pair{"meter 2. 4.\na: C4/8 | C4/2. | C4/2 |\n", "line 2: a bar lasts 960"},
+             {"meter 2. 4.\n\na: H4/8\n", "line 3: 'H4/8'"},
+             {"meter 2. 4.\na: @99999999999 C4\n", "no tempo"},
+         })
         EXPECT_THAT([&text = score] { ParseScore(text); },
                     testing::ThrowsMessage<ScoreError>(testing::HasSubstr(complaint)));
 }

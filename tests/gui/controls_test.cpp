@@ -11,15 +11,11 @@ namespace {
 
 using test::OffscreenWindow;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-struct ButtonTest : testing::Test {
-    OffscreenWindow window{CSize(120, 60)};
-    CControlButton* button = window.Add<CControlButton>(1, CRect(10, 10, 40, 20));
+TEST(Button, IsOnWhileItIsHeld) {
+    OffscreenWindow window(CSize(120, 60));
+    auto* button = window.Add<CControlButton>(1, CRect(10, 10, 40, 20));
     OffscreenView& view = window.Show();
-};
-
-TEST_F(ButtonTest, IsOnWhileItIsHeld) {
     view.MoveMouse({20, 20});
     view.PressMouse();
     view.PressMouse(kMouseRight);
@@ -32,30 +28,6 @@ TEST_F(ButtonTest, IsOnWhileItIsHeld) {
     button->SetValue(1.0f);
     view.Click({20, 20});
     EXPECT_THAT(window.TakeValues(), ElementsAre(0.0f, 0.0f, 1.0f));
-}
-
-TEST_F(ButtonTest, ALampFadesInFiveTicksAndHoverShows) {
-    CImage picture;
-    ASSERT_TRUE(picture.SetSize(CSize(40, 40)));
-    CColor lit(200, 0, 0);
-    picture.FillRect(CRect(0, 20, 40, 20), &lit);
-    button->SetKind_LED();
-    button->SetButtonImage(&picture, CSize(), {});
-    window.DrawToBuffer();
-    button->SetValue(1.0f);
-    for (int i = 0; i < 5; ++i) {
-        const uint32_t last = view.GetPixel(30, 20);
-        view.Tick();
-        EXPECT_NE(view.GetPixel(30, 20), last);
-    }
-    static_cast<void>(view.TakePresented());
-    view.Tick(3);
-    EXPECT_THAT(view.TakePresented(), IsEmpty()) << "nothing is painted when nothing moves";
-    view.MoveMouse({20, 20});
-    EXPECT_THAT(view.TakePresented(), ElementsAre(button->GetRect()));
-    view.MoveMouse({80, 50});
-    view.Tick();
-    EXPECT_THAT(view.TakePresented(), ElementsAre(button->GetRect())) << "it has left";
 }
 
 struct NumberTest : testing::Test {

@@ -126,14 +126,5 @@ TEST_F(DialogTest, AHeldButtonActsOnlyWhenItIsLetGo) {
     }
 }
 
-TEST_F(DialogTest, EndsWithItsWindow) {
-    ASSERT_TRUE(Ask(true, "b"));
-    view->PressKey(kKeyEnter);
-    window.Close();
-    EXPECT_FALSE(window.IsSuper());
-    EXPECT_EQ(window.GetControlGroups().size(), 1u);
-    EXPECT_FALSE(Ask(false)) << "nobody to ask";
-}
-
 }  // namespace
 }  // namespace norava
