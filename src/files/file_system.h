@@ -31,6 +31,9 @@ enum class EntryKind {
 // Of a file that was opened for reading and stands at its start; negative on failure.
 [[nodiscard]] int64_t SizeOf(std::FILE* file);
 
+// Whether a file in a folder can have that name; false for what the system would take for a path.
+[[nodiscard]] bool IsFileName(std::string_view name);
+
 // Makes one folder whose parent exists. True also when the folder is there already.
 [[nodiscard]] bool MakeFolder(const char* path);
 

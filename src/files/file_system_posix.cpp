@@ -67,6 +67,10 @@ int64_t SizeOf(std::FILE* file) {
     return fstat(fileno(file), &status) == 0 ? status.st_size : -1;
 }
 
+bool IsFileName(std::string_view name) {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == name.npos;
+}
+
 bool MakeFolder(const char* path) {
     return mkdir(path, 0777) == 0 || KindOf(path) == EntryKind::folder;
 }

@@ -10,6 +10,7 @@
 #undef CreateDirectory
 #undef ReplaceFile
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <memory>
@@ -120,6 +121,13 @@ int64_t SizeOf(std::FILE* file) {
     if (_fseeki64(file, 0, SEEK_END) != 0) return -1;
     const int64_t size = _ftelli64(file);
     return Seek(file, 0) ? size : -1;
+}
+
+// After a ':' stands the name of a hidden stream in the file before it.
+bool IsFileName(std::string_view name) {
+    const auto isControl = [](char letter) { return letter >= 0 && letter < ' '; };
+    return !name.empty() && name != "." && name != ".." &&
+           name.find_first_of("<>:\"/\\|?*") == name.npos && std::ranges::none_of(name, isControl);
 }
 
 bool MakeFolder(const char* path) {

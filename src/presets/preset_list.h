@@ -63,8 +63,8 @@ class CPresetList {
     // Both ask the user for a file when `path` is null: true when the panel asks; it goes on by
     // itself then and tells of a failure. Load: false for a file that is none, is too long or too
     // short, or that the renderer refuses; its values stay then. Save: the old file stays when
-    // anything fails; a bare name goes into the current category, "User" without one. The host
-    // hears of changed parameters, the panel of all.
+    // anything fails; a bare name goes into the current category, "User" without one, and is
+    // refused when a file cannot have it. The host hears of changed parameters, the panel of all.
     bool LoadProgramFromFile(const char* path);
     bool SaveProgramToFile(const char* path);
 

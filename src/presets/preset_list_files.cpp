@@ -149,7 +149,8 @@ bool CPresetList::SaveProgramToFile(const char* path) {
 
 std::string CPresetList::PathForName(const std::string& name) const {
     const std::string folder = SavingFolder();
-    return folder.empty() ? std::string() : folder + '/' + WithExtension(name);
+    if (folder.empty() || !file_system::IsFileName(name)) return {};
+    return folder + '/' + WithExtension(name);
 }
 
 bool CPresetList::WouldReplace(const std::string& name) const {
