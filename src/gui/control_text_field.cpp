@@ -109,7 +109,7 @@ void CControlTextField::MoveCaret(size_t to, bool keepAnchor) {
 }
 
 void CControlTextField::ShowCaret() {
-    const int width = GetTextArea().width - 1;
+    const int width = std::max(0, GetTextArea().width - 1);
     const int place = GetOffsetOf(caret);
     scrolled = std::clamp(scrolled, std::max(0, place - width), std::max(0, place));
     // A text that became short again stands at the left edge.
