@@ -150,9 +150,11 @@ bool CImage::SaveAsTGA(const char* path) const {
     header[14] = low(pixels.cy), header[15] = low(pixels.cy >> 8);
     header[16] = 32;
     bool good = file.WriteData(header, kHeaderBytes);
-    for (int row = 0; row < pixels.cy && good; ++row) {
-        // A stored row is what the file wants: words from left to right, the lowest row first.
-        good = file.WriteData(GetDataAt(0, row), pixels.cx * static_cast<int>(sizeof(uint32_t)));
+    std::vector<uint32_t> line(static_cast<size_t>(pixels.cx));
+    for (int row = 0; row < pixels.cy && good; ++row) {  // the lowest first
+        for (int x = 0; x < pixels.cx; ++x)
+            line[static_cast<size_t>(x)] = *GetDataAt(x, row);
+        good = file.WriteData(line.data(), pixels.cx * static_cast<int>(sizeof(uint32_t)));
     }
     return file.CloseFile() && good;
 }

@@ -41,8 +41,8 @@ class CImage : public CGraphicBuffer {
     // Turns a loaded file whose pixels are stored ones into a picture of this scale. False when its
     // sides are no multiples of it.
     [[nodiscard]] bool AdoptScale(int scale);
-    // Writes 32 bits in this buffer's own byte order, so that reading the file back swaps red and
-    // blue. False when the file cannot be written.
+    // Writes the logical pixels, 32 bits each, in this buffer's own byte order, so that reading the
+    // file back swaps red and blue. False when the file cannot be written.
     [[nodiscard]] bool SaveAsTGA(const char* path) const;
 
   private:

@@ -69,11 +69,17 @@ TEST(Image, DoesNotBelieveClaims) {
 
 TEST(Image, SavesWhatAFileCanHold) {
     const test::ScratchFolder folder;
-    CImage image;
+    CImage image, saved;
     EXPECT_FALSE(image.SaveAsTGA(folder.Path("no/such/folder.tga").c_str()));
     ASSERT_TRUE(image.SetSize(CSize(65536, 1)));
     EXPECT_FALSE(image.SaveAsTGA(folder.Path("a.tga").c_str())) << "16 bits hold no such width";
     EXPECT_TRUE(folder.Names().empty());
+
+    ASSERT_TRUE(image.LoadPacked(Sample({3, 1}, 2, true).Pack(), "fine"));
+    ASSERT_TRUE(image.SaveAsTGA(folder.Path("fine").c_str()));
+    ASSERT_TRUE(saved.LoadFromFile(folder.Path("fine").c_str()));
+    for (int x = 0; x < 3; ++x)
+        EXPECT_EQ(saved.GetColorAt(x, 0).green, image.GetColorAt(x, 0).green) << "one of a block";
 }
 
 TEST(ImageBank, LoadsEachPathOnceForAll) {
