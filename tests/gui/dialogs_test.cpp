@@ -8,6 +8,7 @@
 #include "gui/control_menu.h"
 #include "gui/control_text_field.h"
 #include "gui/dialogs/file_dialog.h"
+#include "gui/dialogs/message_box.h"
 #include "gui/offscreen_window.h"
 
 namespace norava {
@@ -124,6 +125,20 @@ TEST_F(DialogTest, AHeldButtonActsOnlyWhenItIsLetGo) {
         EXPECT_FALSE(window.IsSuper());
         EXPECT_EQ(chosen, "nothing");
     }
+}
+
+TEST_F(DialogTest, LongWordsAreCutBetweenCharacters) {
+    // As the letters show without their accents.
+    const auto shown = [this](const std::string& letters) {
+        std::string word = "a";
+        for (int i = 0; i < 100; ++i)
+            word += letters;
+        CMessageBox::Tell(window, "Load Program", word);
+        const std::vector<uint32_t> pixels = view->GetPixels();
+        view->PressKey(kKeyEscape);
+        return pixels;
+    };
+    EXPECT_EQ(shown("é"), shown("e"));
 }
 
 }  // namespace

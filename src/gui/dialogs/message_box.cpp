@@ -7,6 +7,7 @@
 #include "gui/control_text_field.h"
 #include "gui/label.h"
 #include "gui/platform/system_panels.h"
+#include "gui/utf8.h"
 
 namespace norava {
 
@@ -23,15 +24,23 @@ constexpr int kButtonStep = 92;
 constexpr std::size_t kMaxLines = 12;
 constexpr std::size_t kLineCharacters = 60;
 
+// Where the last character that a line holds ends.
+std::size_t FindLineEnd(std::string_view line) {
+    std::size_t end = 0;
+    for (std::size_t i = 0; i < kLineCharacters; ++i)
+        end += utf8::LengthAt(line, end);
+    return end;
+}
+
 // Broken at blanks; what has none (a path) is broken where the line ends.
 std::vector<std::string> BreakLines(std::string_view text) {
     std::vector<std::string> lines;
     while (!text.empty() && lines.size() < kMaxLines) {
         std::string_view line = text.substr(0, std::min(text.find('\n'), text.size()));
         std::size_t taken = std::min(line.size() + 1, text.size());
-        if (line.size() > kLineCharacters) {
-            const std::size_t blank = line.substr(0, kLineCharacters + 1).rfind(' ');
-            taken = blank == line.npos || blank == 0 ? kLineCharacters : blank;
+        if (const std::size_t end = FindLineEnd(line); end < line.size()) {
+            const std::size_t blank = line.substr(0, end + 1).rfind(' ');
+            taken = blank == line.npos || blank == 0 ? end : blank;
             line = line.substr(0, taken);
             while (taken < text.size() && text[taken] == ' ')
                 ++taken;
