@@ -22,23 +22,25 @@ constexpr int kFieldHeight = 22;
 constexpr int kSpace = 12;
 constexpr int kButtonStep = 92;
 constexpr std::size_t kMaxLines = 12;
-constexpr std::size_t kLineCharacters = 60;
 
-// Where the last character that a line holds ends.
-std::size_t FindLineEnd(std::string_view line) {
-    std::size_t end = 0;
-    for (std::size_t i = 0; i < kLineCharacters; ++i)
-        end += utf8::LengthAt(line, end);
+// Where the last character ends that the box has room for.
+std::size_t FindLineEnd(CGraphicBuffer& buffer, std::string_view line, int room) {
+    std::size_t end = utf8::LengthAt(line, 0);
+    while (end < line.size()) {
+        const std::size_t next = end + utf8::LengthAt(line, end);
+        if (MeasureLabel(buffer, line.substr(0, next), false) > room) break;
+        end = next;
+    }
     return end;
 }
 
 // Broken at blanks; what has none (a path) is broken where the line ends.
-std::vector<std::string> BreakLines(std::string_view text) {
+std::vector<std::string> BreakLines(CGraphicBuffer* buffer, std::string_view text, int room) {
     std::vector<std::string> lines;
-    while (!text.empty() && lines.size() < kMaxLines) {
+    while (buffer != nullptr && !text.empty() && lines.size() < kMaxLines) {
         std::string_view line = text.substr(0, std::min(text.find('\n'), text.size()));
         std::size_t taken = std::min(line.size() + 1, text.size());
-        if (const std::size_t end = FindLineEnd(line); end < line.size()) {
+        if (const std::size_t end = FindLineEnd(*buffer, line, room); end < line.size()) {
             const std::size_t blank = line.substr(0, end + 1).rfind(' ');
             taken = blank == line.npos || blank == 0 ? end : blank;
             line = line.substr(0, taken);
@@ -74,7 +76,9 @@ bool CMessageBox::Tell(CWindowPort& window, const std::string& title, const std:
 
 bool CMessageBox::Ask(CWindowPort& window, const std::string& title, const std::string& text,
                       std::vector<std::string> buttons, Answer answer, int markedButton) {
-    auto box = std::make_unique<CMessageBox>(title, BreakLines(text), std::move(buttons), false);
+    auto box = std::make_unique<CMessageBox>(
+        title, BreakLines(window.GetGraphicBuffer(), text, kWidth - 2 * kMargin),
+        std::move(buttons), false);
     box->answered = std::move(answer);
     box->marked = markedButton;
     return Show(window, std::move(box)) != nullptr;
@@ -82,8 +86,9 @@ bool CMessageBox::Ask(CWindowPort& window, const std::string& title, const std::
 
 bool CMessageBox::AskForText(CWindowPort& window, const std::string& title, const std::string& text,
                              const std::string& button, TextAnswer answer) {
-    auto box = std::make_unique<CMessageBox>(title, BreakLines(text),
-                                             std::vector<std::string>{button, "Cancel"}, true);
+    auto box = std::make_unique<CMessageBox>(
+        title, BreakLines(window.GetGraphicBuffer(), text, kWidth - 2 * kMargin),
+        std::vector<std::string>{button, "Cancel"}, true);
     box->answeredText = std::move(answer);
     return Show(window, std::move(box)) != nullptr;
 }
