@@ -113,26 +113,6 @@ TEST(ModuleRealtime, TakesNoNewPagesWhilePlaying) {
     EXPECT_LE(pagesTaken() - before, kOfTheMachinesOwn) << "pages first touched while playing";
 }
 
-TEST(ModuleRealtime, WaitsForNothingWhileOthersLoadSaveAndLook) {
-    VstInstance instance(48000.0f);
-    instance.forgetsReports = true;
-    const std::vector<char> one = instance.Chunk();
-    instance.Set(param::kReverbOn, 1.0f);
-    const auto owner = test::Repeatedly([&, other = instance.Chunk()](int i) mutable {
-        instance.LoadChunk(i % 2 == 0 ? one : other);
-        instance.ProgramName();
-        instance.Text(vst::effGetParamDisplay, i % VstInstance::kParams, 32);
-        other = instance.Chunk();
-    });
-    std::vector<Message> messages(129);
-    for (unsigned char controller = 0; controller < 128; ++controller)
-        messages[controller + 1u] = {7, {0xB0, controller, controller}};
-    for (int block = 0; block < 400; ++block) {
-        messages[0] = Note(24 + block % 84);
-        ExpectQuiet(Block(instance, 128, messages), "another thread loads, saves and shows");
-    }
-}
-
 void WriteProgram(const std::string& path, const std::vector<char>& bytes) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream(path, std::ios::binary)
@@ -158,13 +138,20 @@ TEST(ModulePrograms, ChangeWithoutWaitingWhileFilesComeAndGo) {
         std::filesystem::rename(root + "/A new one", root + "/Renamed");
         std::filesystem::remove_all(root + "/Renamed");
     });
+    const auto owner = test::Repeatedly([&, other = plain](int i) mutable {
+        instance.LoadChunk(i % 2 == 0 ? plain : other);
+        instance.ProgramName();
+        instance.Text(vst::effGetParamDisplay, i % VstInstance::kParams, 32);
+        other = instance.Chunk();
+    });
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
     for (int i = 0; std::chrono::steady_clock::now() < end; ++i) {
-        const auto number = static_cast<unsigned char>(i % 20);
-        const auto category = static_cast<unsigned char>(i % 3);
-        ExpectQuiet(Block(instance, 256,
-                          {Note(60, 10), {64, {0xB0, 32, category}}, {128, {0xC0, number, 0}}}),
-                    "program changes while files come and go");
+        std::vector<Message> messages = {Note(24 + i % 84, 10)};
+        for (unsigned char controller = 0; controller < 128; ++controller)
+            messages.push_back({64, {0xB0, controller, static_cast<unsigned char>(i % 3)}});
+        messages.push_back({128, {0xC0, static_cast<unsigned char>(i % 20), 0}});
+        ExpectQuiet(Block(instance, 256, messages),
+                    "while files come and go and states are loaded");
     }
     UseProgramFolder("empty");
 }
