@@ -20,7 +20,7 @@ class BitmapFont {
     // How the glyphs of a block are set, in pixels.
     struct Metrics {
         int spacing;       // between two glyphs, not after a space
-        int spaceAdvance;  //
+        int spaceAdvance;  // the width of a space
         int leftShift;     // of text that is aligned left
     };
 

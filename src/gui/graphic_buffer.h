@@ -93,9 +93,9 @@ class CGraphicBuffer {
     virtual void SetTextAlignLeft() { alignment = Alignment::left; }
     virtual void SetTextAlignCenter() { alignment = Alignment::center; }
     virtual void SetTextAlignRight() { alignment = Alignment::right; }
-    // Above scale 1 the letters are drawn from outlines, in the same places.
     // One line, centred vertically in the rectangle and not limited to it. Returns its size, 0 x 0
     // for an empty text or buffer. Bytes outside '!' .. '~' show as '?'; after 1024 the text ends.
+    // Above scale 1 the letters are drawn from outlines, in the same places.
     virtual CSize DrawText(const char* text, CRect rect, bool measureOnly);
 
     // Soft black shadow, nine pixels deep, along the inside of the rectangle. Leaves the line

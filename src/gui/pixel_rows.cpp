@@ -125,10 +125,4 @@ uint32_t BlendedWord(uint32_t destination, uint32_t source) {
     return WithAlphaOf(destination, pair | green);
 }
 
-uint32_t ComposedWord(uint32_t destination, uint32_t source, uint8_t opacity) {
-    const uint32_t alpha = ScaledAlpha(source, opacity);
-    const uint32_t scaled = (source & ~kAlphaMask) | alpha << 24;
-    return alpha == 255 ? scaled : BlendedWord(destination, scaled);
-}
-
 }  // namespace norava::pixel_rows

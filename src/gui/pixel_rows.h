@@ -26,8 +26,7 @@ void Blend(uint32_t* destination, const uint32_t* source, size_t count);
 // A word whose alpha is 255 after that replaces the destination whole.
 void Compose(uint32_t* destination, const uint32_t* source, size_t count, uint8_t opacity);
 
-// The two for a single word.
+// Blend for a single word.
 uint32_t BlendedWord(uint32_t destination, uint32_t source);
-uint32_t ComposedWord(uint32_t destination, uint32_t source, uint8_t opacity);
 
 }  // namespace norava::pixel_rows

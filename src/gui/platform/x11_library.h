@@ -56,11 +56,8 @@ namespace norava::x11 {
     CALL(create_cursor)                  \
     CALL(put_image)                      \
     CALL(grab_pointer)                   \
-    CALL(grab_pointer_reply)             \
     CALL(ungrab_pointer)                 \
     CALL(warp_pointer)                   \
-    CALL(query_pointer)                  \
-    CALL(query_pointer_reply)            \
     CALL(get_input_focus)                \
     CALL(get_input_focus_reply)          \
     CALL(set_input_focus)                \
