@@ -54,6 +54,9 @@ bool CNoravaEditor::CanOpen() {
     BindPictures();
     MakePanels();
     namePlate->SetZoom(GetZoom());
+    // What sounded while nobody looked is over.
+    strings.Still();
+    if (link != nullptr) (void)link->TakeStringPeaks();
     return true;
 }
 

@@ -54,14 +54,14 @@ CRect StringPicture::Tick(float peak1, float peak2) {
             std::min(kFrames - 1, Rounded(static_cast<float>(kFrames - 1) * string.level));
         // A string that holds its level still trembles.
         const bool trembles = evenTick && wanted >= kFirstTremblingFrame;
-        string.frame = wanted - (trembles ? 1 : 0);
-        if (string.frame != string.shown) {
+        const int frame = wanted - (trembles ? 1 : 0);
+        if (frame != string.shown) {
             const CRect& rows = kMovingRows[i];
             moved = moved.IsEmpty()
                         ? rows
                         : CRect(rows.left, moved.top, rows.width, rows.GetBottom() - moved.top);
         }
-        string.shown = string.frame;
+        string.shown = frame;
     }
     return moved;
 }
@@ -79,7 +79,7 @@ bool StringPicture::SetDamper(int string, float offset, float amount) {
 void StringPicture::Still() {
     for (String& string : strings) {
         string.level = 0.0f;
-        string.frame = string.shown = 0;
+        string.shown = 0;
     }
 }
 

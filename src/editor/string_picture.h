@@ -42,8 +42,7 @@ class StringPicture {
   private:
     struct String {
         float level = 0.0f;  // 0 .. 1, dies away between peaks
-        int frame = 0;
-        int shown = 0;
+        int shown = 0;       // the frame of the picture
         CPoint damper;
     };
 

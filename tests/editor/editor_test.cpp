@@ -261,6 +261,12 @@ TEST_F(EditorTest, PaintsStringsOnlyWhileTheyMove) {
         paintedIn(100);
     }
     EXPECT_THAT(paintedIn(3), IsEmpty()) << "they have come to rest";
+    peaks = {1.0f, 1.0f};
+    view->Tick();
+    peaks = {};
+    editor->CloseEditor();
+    ASSERT_TRUE(editor->CanOpenEditor() && editor->OpenEditor(this));
+    EXPECT_THAT(paintedIn(3), IsEmpty()) << "what sounded before is over";
 }
 
 TEST_F(EditorTest, ClosedMenusShowEveryItemWhole) {
