@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "files/natural_order.h"
-#include "framework/repeatedly.h"
 #include "parameters/parameter_index.h"
 #include "presets/program_folder.h"
 
@@ -216,37 +215,6 @@ TEST(ProgramChange, MovesOverFilesThatAreNoPrograms) {
     EXPECT_EQ(instance.list.GetCurrentPrg(), 1);
     EXPECT_EQ(instance.Value(), 0.5f);
     EXPECT_EQ(NameOf(instance.synth), "0");
-}
-
-TEST(ProgramChange, MeetsEditsLoadsAndRefreshesOfOtherThreads) {
-    const ProgramFolder folder;
-    for (int i = 0; i < 10; ++i) {
-        folder.Write("A/" + std::to_string(i) + ".norava", Block(0.1f));
-        folder.Write("B/" + std::to_string(i) + ".norava", Block(0.2f));
-    }
-    LibrarySynth instance(folder.Place());
-    instance.synth.SetWrapper(nullptr);
-    std::vector<std::jthread> threads;
-    const auto run = [&](auto step) { threads.push_back(test::Repeatedly(step)); };
-    run([&](int i) { instance.synth.SetParamValue(3 + i % 50, 0.3f); });
-    run([&](int i) {
-        const std::string path = folder.Path("A/" + std::to_string(i % 10) + ".norava");
-        EXPECT_TRUE(instance.list.LoadProgramFromFile(path.c_str()));
-        instance.list.GetProgramName();
-    });
-    run([&](int i) {
-        folder.Write("B/new" + std::to_string(i % 3) + ".norava", Block(0.2f));
-        instance.list.SetCurrentCat(i % 2);
-        instance.list.CreatePrgList();
-        std::filesystem::remove(folder.Path("B/new" + std::to_string((i + 1) % 3) + ".norava"));
-    });
-    run([&](int) { LibrarySynth passing(folder.Place()); });
-    for (int block = 0; block < 400; ++block) {
-        instance.Send(kNoteOn, 40 + block % 40, 100);
-        instance.Send(kController, 32, block / 7 % 2, block % 32);
-        instance.Send(kProgram, block % 11, 0, block % 64);
-        instance.Render(64);
-    }
 }
 
 }  // namespace
