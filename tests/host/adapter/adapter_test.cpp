@@ -219,7 +219,7 @@ TEST_F(AdapterTest, LivesWithoutRendererOrPanel) {
     EXPECT_EQ(effect->flags & (effFlagsHasEditor | effFlagsIsSynth), 0);
     EXPECT_EQ(Dispatch(effGetPlugCategory), kPlugCategEffect);
     for (int opcode = 2; opcode < 80; ++opcode) {
-        for (const int value : {0, 5}) {
+        for (const int value : {0, 5, -1}) {
             std::array<char, 256> something{};
             Dispatch(opcode, 0, value, something.data());
         }
