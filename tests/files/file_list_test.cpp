@@ -89,23 +89,5 @@ TEST(FileList, LeavesOutWhatNobodyCanOpen) {
     EXPECT_THAT(Names(list), UnorderedElementsAre("file|", "real|/", "to folder|/", "to file|"));
 }
 
-// Folders can lie deeper than a path can say: such entries are missing, never renamed by cutting.
-TEST(FileList, LeavesOutPathsThatAreTooLong) {
-    const ScratchFolder folder;
-    std::string path = folder.Path();
-    while (path.size() + 200 < kPathBufferBytes) {
-        path.append("/").append(150, 'd');
-        ASSERT_EQ(mkdir(path.c_str(), 0700), 0);
-    }
-    const size_t room = kPathBufferBytes - 1 - path.size() - 1;
-    std::ofstream(path + "/" + std::string(room, 'f')) << "fits";
-    std::ofstream(path + "/" + std::string(room + 1, 'g')) << "one too long";
-    CFileList list;
-    ASSERT_TRUE(list.findFiles(path.c_str()));
-    ASSERT_EQ(list.getNumFilesInList(), 1);
-    EXPECT_EQ(std::string(list.getFileInfo(0, nullptr, nullptr, nullptr)).size(),
-              kPathBufferBytes - 1);
-}
-
 }  // namespace
 }  // namespace norava

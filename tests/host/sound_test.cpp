@@ -55,10 +55,7 @@ TEST(ModuleSound, PassesOverEventsOfOtherKinds) {
     foreign.type = 6;
     std::ranges::copy(std::array{0x90, 60, 100}, foreign.midiData);
     vst::VstEvents events{2, 0, {nullptr, reinterpret_cast<vst::VstEvent*>(&foreign)}};
-    for (const int count : {2, 0, -3}) {
-        events.numEvents = count;
-        EXPECT_EQ(instance.Dispatch(vst::effProcessEvents, 0, 0, &events), 1);
-    }
+    EXPECT_EQ(instance.Dispatch(vst::effProcessEvents, 0, 0, &events), 1);
     EXPECT_EQ(instance.Render(512).Peak(), 0.0f);
 }
 

@@ -175,20 +175,18 @@ TEST_F(BrowserTest, ClosesWhereNothingElseIsMeant) {
 
 TEST_F(BrowserTest, SavesUnderANameAndAsksBeforeItReplaces) {
     const std::string old = folder.Read("Bass/Round.norava");
-    ClickTool(110);
-    Type(folder.Path("New"));
-    view->PressKey(kKeyEnter);
+    const auto save = [this](const std::string& name) {
+        ClickTool(110);
+        Type(name);
+        view->PressKey(kKeyEnter);
+    };
+    save(folder.Path("New"));
     EXPECT_FALSE(std::filesystem::exists(folder.Path("New"))) << "no way into other folders";
-    ClickTool(110);
-    Type("New one");
-    view->PressKey(kKeyEnter);
+    save("New one");
     EXPECT_TRUE(std::filesystem::exists(folder.Path("Bass/New one.norava")));
     EXPECT_EQ(Playing(), "New one");
     EXPECT_EQ(Programs().GetSelectedItemID(), 1);
-
-    ClickTool(110);
-    Type("Round");
-    view->PressKey(kKeyEnter);
+    save("Round");
     view->PressKey(kKeyEscape);
     EXPECT_TRUE(IsOpen());
     EXPECT_EQ(folder.Read("Bass/Round.norava"), old);
