@@ -189,11 +189,11 @@ TEST(ProgramChange, SoundsAsAFileLoadedThere) {
     EXPECT_EQ(byMidi.Value(param::kTune), 0.9f) << "the current program and one that is not there";
 }
 
-TEST(ProgramChange, FindsEveryCategoryByController32) {
+TEST(ProgramChange, FindsEveryCategoryByController32AndMovesOverWhatIsNoProgram) {
     const ProgramFolder folder;
     for (const int i : {0, 1, 2}) {
         folder.Write(std::to_string(i) + "/first.norava", Block(0.25f * static_cast<float>(i)));
-        folder.Write(std::to_string(i) + "/second.norava", Block(1.0f));
+        folder.Write(std::to_string(i) + "/second.norava", "no program at all, whatever its name");
     }
     std::filesystem::create_directories(folder.Path("3"));
     LibrarySynth instance(folder.Place());
@@ -204,17 +204,11 @@ TEST(ProgramChange, FindsEveryCategoryByController32) {
         EXPECT_EQ(instance.list.GetCurrentCat(), i > 3 ? 0 : i);
         EXPECT_EQ(instance.Value(), i < 3 ? 0.25f * static_cast<float>(i) : 0.9f) << i;
     }
-}
-
-TEST(ProgramChange, MovesOverFilesThatAreNoPrograms) {
-    const ProgramFolder folder{"A/0.norava"};
-    folder.Write("A/1.norava", "no program at all, whatever its name");
-    LibrarySynth instance(folder.Place());
     instance.Send(kProgram, 1);
     instance.Render(64);
     EXPECT_EQ(instance.list.GetCurrentPrg(), 1);
-    EXPECT_EQ(instance.Value(), 0.5f);
-    EXPECT_EQ(NameOf(instance.synth), "0");
+    EXPECT_EQ(instance.Value(), 0.0f);
+    EXPECT_EQ(NameOf(instance.synth), "first");
 }
 
 }  // namespace
