@@ -1,15 +1,18 @@
-#include "files/file_list.h"
-
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
+
+#include "files/file_list.h"
+#include "files/known_folders.h"
 #include "files/scratch_folder.h"
 #include "files/text_buffer.h"
 
 namespace norava {
 namespace {
 
+using file_system::UserContentFolder;
 using test::ScratchFolder;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
@@ -87,6 +90,24 @@ TEST(FileList, LeavesOutWhatNobodyCanOpen) {
     CFileList list;
     ASSERT_TRUE(list.findFiles(folder.Path().c_str()));
     EXPECT_THAT(Names(list), UnorderedElementsAre("file|", "real|/", "to folder|/", "to file|"));
+}
+
+TEST(KnownFolders, BelieveOnlyWholePaths) {
+    setenv("HOME", "/home/somebody//", 1);
+    setenv("XDG_DATA_HOME", "/data/", 1);
+    EXPECT_EQ(UserContentFolder(), "/data");
+    setenv("XDG_DATA_HOME", "/", 1);
+    EXPECT_EQ(UserContentFolder(), "/");
+    for (const char* const none : {"", "data", "./data"}) {
+        setenv("XDG_DATA_HOME", none, 1);
+        EXPECT_EQ(UserContentFolder(), "/home/somebody/.local/share");
+    }
+    unsetenv("XDG_DATA_HOME");
+    EXPECT_EQ(UserContentFolder(), "/home/somebody/.local/share");
+    // Without a home in the environment the system's list of users knows one.
+    unsetenv("HOME");
+    const std::string folder = UserContentFolder();
+    EXPECT_TRUE(folder.empty() || (folder.front() == '/' && folder.ends_with("/.local/share")));
 }
 
 }  // namespace
