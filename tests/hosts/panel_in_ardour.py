@@ -8,7 +8,7 @@ import os
 import re
 
 from desktop import check, insist, wait
-from panel_steps import Host, first_session, run, second_session, value_in_state
+from panel_steps import Host, run, two_sessions, value_in_state
 
 CONFIG = """<?xml version="1.0" encoding="UTF-8"?>
 <Ardour>
@@ -74,7 +74,7 @@ def main(work, picture):
     def start(desktop):
         return Ardour(desktop, work)
 
-    second_session(work, start, *first_session(work, start, picture))
+    two_sessions(work, picture, start, start)
 
 
 if __name__ == "__main__":

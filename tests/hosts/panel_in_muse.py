@@ -12,7 +12,7 @@ import shutil
 import zlib
 
 from desktop import check, insist, wait
-from panel_steps import RELEASE, Host, first_session, run, second_session
+from panel_steps import RELEASE, Host, run, two_sessions
 
 FIRST_CONTROLLER = 0x9000  # what MusE counts a plug-in's parameters from
 TEMPLATE = "/usr/share/muse/templates/default.med"
@@ -111,7 +111,7 @@ def main(work, picture):
         return muse
 
     try:
-        second_session(work, start, *first_session(work, start_new, picture))
+        two_sessions(work, picture, start_new, start)
     finally:
         for left in glob.glob(f"/dev/shm/jack*{server_name()}*"):
             os.unlink(left)

@@ -92,27 +92,25 @@ class Panel:
     def zoom(self, as_before):
         """To 200 % and back by the menu of the name plate; the host's window follows."""
         for scale, keys in ((2, ("Home", "Down", "Return")), (1, ("Home", "Return"))):
-            self.desktop.click(*self.point(ON_NAME_PLATE, 3 - scale), button=3)
-            self.desktop.still_picture("the menu of sizes", *self.desktop.place(self.find(3 - scale)))
-            self.desktop.keys(*keys)
-            self.find(scale)
-            width = wait("the host's window follows", lambda: self.fits(scale))
-            check(f"the host's window holds the panel at {100 * scale} %", True, f"{width} pixels wide")
-        check("at 100 % it looks as before", not as_before.differing(self.look("the panel at rest")))
+            def choose(_):
+                self.desktop.click(*self.point(ON_NAME_PLATE, 3 - scale), button=3)
+                self.desktop.still_picture("the menu of sizes", *self.desktop.place(self.find(3 - scale)))
+                self.desktop.keys(*keys)
 
-    def fits(self, scale):
-        _, _, width, _ = self.desktop.place(self.host_window)
-        return width if PANEL[0] * scale <= width < PANEL[0] * scale + 40 else 0
+            insist(f"the panel at {100 * scale} %", choose, lambda: self.desktop.panel_in(self.host_window, scale))
+            wait("the host's window follows",
+                 lambda: self.desktop.place(self.host_window)[2] - PANEL[0] * scale in range(40))
+        check("at 100 % it looks as before", not as_before.differing(self.look("the panel at rest")))
 
     def close(self):
         self.desktop.tell(self.host_window, "_NET_CLOSE_WINDOW")
         wait("the panel's window is closed", lambda: self.host_window not in self.desktop.windows().values())
 
 
-def first_session(work, start, picture):
-    """Turns the knob in the session that start(desktop) opens, and saves it: panel, value and state as they were then.
+def two_sessions(work, picture, start, start_again):
+    """Turns the knob in the session that start(desktop) opens, and saves it; opens it again and closes it in a drag.
 
-    What start returns has value() (the host's own idea of the parameter), open_panel(), save() (the state) and quit()."""
+    Both return a Host with value() (its own idea of the parameter), open_panel(), save() (the state), ask_to_quit()."""
     with Desktop(work) as desktop:
         host = start(desktop)
         first = host.value()
@@ -127,13 +125,8 @@ def first_session(work, start, picture):
         state = host.save()
         check("the saved state holds the value", abs(value_in_state(state) - value) < 1e-4)
         host.quit()
-    return shown, value, state
-
-
-def second_session(work, start, shown, value, state):
-    """The saved session again."""
     with Desktop(work) as desktop:
-        host = start(desktop)
+        host = start_again(desktop)
         check("the host has the value again", abs(host.value() - value) < 1e-6, host.value())
         panel = host.open_panel()
         check("the panel looks the same", not shown.differing(panel.look("the panel is painted again")))
