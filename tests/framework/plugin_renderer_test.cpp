@@ -146,7 +146,8 @@ TEST(BlockRunner, FlushesDenormalsAndGivesTheHostsModeBack) {
     _mm_setcsr(before);
     EXPECT_EQ(effect.product, 0.0f);
     EXPECT_GT(effect.hostsProduct, 0.0f) << "what the host is told, it hears in its own mode";
-    EXPECT_EQ(after, before | roundDown);
+    // But for the flags of what the host's own denormal number raised.
+    EXPECT_EQ(after & ~0x3Fu, (before | roundDown) & ~0x3Fu);
 }
 #endif
 
