@@ -60,6 +60,14 @@ int CompareNumbers(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+char32_t WithoutAccent(char32_t character) {
+    constexpr char kLetters[] = "AAAAAAACEEEEIIIIDNOOOOOxOUUUUYTsaaaaaaaceeeeiiiidnooooo/ouuuuyty";
+    constexpr char32_t kFirst = 0xC0;
+    static_assert(sizeof kLetters == 64 + 1);
+    const bool has = character >= kFirst && character < kFirst + 64;
+    return has ? static_cast<unsigned char>(kLetters[character - kFirst]) : character;
+}
+
 std::u32string FoldCase(std::string_view name) {
     std::u32string folded;
     while (!name.empty())

@@ -11,6 +11,9 @@ namespace norava {
 // Returns below 0, 0 or above 0. Names are UTF-8; bytes that are not count as letters of their own.
 int CompareNaturally(std::string_view a, std::string_view b);
 
+// A letter of Latin-1 (U+00C0 .. U+00FF) without its accent; any other character as it is.
+char32_t WithoutAccent(char32_t character);
+
 // The name's characters with capital letters of those scripts made small.
 std::u32string FoldCase(std::string_view name);
 

@@ -3,21 +3,16 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "files/natural_order.h"
 #include "gui/utf8.h"
 
 namespace norava {
 
 namespace {
 
-// U+00C0 .. U+00FF without their accents.
-constexpr char kPlainLetters[] = "AAAAAAACEEEEIIIIDNOOOOOxOUUUUYTsaaaaaaaceeeeiiiidnooooo/ouuuuyty";
-constexpr uint32_t kFirstAccented = 0xC0;
-static_assert(sizeof kPlainLetters == 64 + 1);
-
 char ToFontCharacter(uint32_t character) {
-    if (character < 0x80) return static_cast<char>(character);
-    if (character >= kFirstAccented && character < kFirstAccented + 64)
-        return kPlainLetters[character - kFirstAccented];
+    const char32_t plain = WithoutAccent(character);
+    if (plain < 0x80) return static_cast<char>(plain);
     switch (character) {
         case 0xA0:
             return ' ';

@@ -9,11 +9,18 @@ namespace norava {
 
 namespace {
 
+// As lists show names, which have no accents: what is read can be typed.
+std::u32string Plain(std::string_view text) {
+    std::u32string plain = FoldCase(text);
+    std::ranges::transform(plain, plain.begin(), WithoutAccent);
+    return plain;
+}
+
 std::vector<std::u32string> WordsOf(std::string_view text) {
     std::vector<std::u32string> words;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find(' '), text.size());
-        if (end > 0) words.push_back(FoldCase(text.substr(0, end)));
+        if (end > 0) words.push_back(Plain(text.substr(0, end)));
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return words;
@@ -28,9 +35,9 @@ std::vector<FoundProgram> SearchLibrary(const LibrarySnapshot& library, std::str
     std::vector<FoundProgram> others;
     const auto& categories = library.Categories();
     for (std::size_t c = 0; c < categories.size(); ++c) {
-        const std::u32string category = FoldCase(categories[c].Name());
+        const std::u32string category = Plain(categories[c].Name());
         for (std::size_t p = 0; p < categories[c].programs.size(); ++p) {
-            const std::u32string program = FoldCase(categories[c].programs[p].Name());
+            const std::u32string program = Plain(categories[c].programs[p].Name());
             const bool holdsAll = std::ranges::all_of(words, [&](const std::u32string& word) {
                 return program.find(word) != program.npos || category.find(word) != category.npos;
             });

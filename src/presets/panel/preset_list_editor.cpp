@@ -140,12 +140,10 @@ void CPresetListEditor::ShowStatus(const std::string& text) {
 }
 
 void CPresetListEditor::ShowTools() {
-    const bool asks = asking != Asking::nothing;
-    nameField->Disable(!asks);
-    display->Disable(asks);
-    loadButton->SetText(asks ? "Other..." : "Load");
-    saveButton->SetText(asking == Asking::mayReplace ? "Replace" : "Save");
-    if (asks) {
+    nameField->Disable(!asksForName);
+    display->Disable(asksForName);
+    loadButton->SetText(asksForName ? "Other..." : "Load");
+    if (asksForName) {
         nameField->GrabFocus();
     } else {
         programList->GrabFocus();
@@ -167,7 +165,8 @@ void CPresetListEditor::Open() {
     if (window == nullptr || !IsDisabled() || categoryList == nullptr) return;
     before = presetList->Remember();
     search.clear();
-    asking = Asking::nothing;
+    asksForName = false;
+    isNew = true;
     Disable(false);
     SetSuper(true);
     UpdateLists();
@@ -188,7 +187,7 @@ void CPresetListEditor::Close() {
     Disable(true);
     before.reset();
     search.clear();
-    asking = Asking::nothing;
+    asksForName = false;
     if (window == nullptr) return;
     window->DrawToBuffer();
     window->UpdateScreen();

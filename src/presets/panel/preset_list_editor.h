@@ -51,9 +51,6 @@ class CPresetListEditor : public CControlGroup {
     void DrawBackground(CRect part) override;
 
   private:
-    // What the tool bar asks for.
-    enum class Asking { nothing, name, mayReplace };
-
     void ShowSelection();
     void ShowStatus(const std::string& text);
     void ShowTools();
@@ -68,6 +65,7 @@ class CPresetListEditor : public CControlGroup {
     void AskForName();
     void EndAsking();
     void SaveUnderName();
+    void Save(const std::string& name);
     void GoBack();
 
     CPresetList* const presetList;
@@ -79,7 +77,8 @@ class CPresetListEditor : public CControlGroup {
     CControlTextField* nameField = nullptr;
     CControlButton* closeButton = nullptr;
 
-    Asking asking = Asking::nothing;
+    bool asksForName = false;  // in the tool bar
+    bool isNew = false;        // nothing was pressed since it opened
     std::string search;
     std::vector<FoundProgram> found;            // the program list's rows while there is a search
     std::optional<CPresetList::Moment> before;  // the browser opened

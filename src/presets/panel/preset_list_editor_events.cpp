@@ -1,8 +1,10 @@
 #include <algorithm>
+#include <utility>
 
 #include "gui/control_button.h"
 #include "gui/control_list.h"
 #include "gui/control_text_field.h"
+#include "gui/dialogs/message_box.h"
 #include "gui/keys.h"
 #include "gui/utf8.h"
 #include "gui/window_port.h"
@@ -15,6 +17,14 @@ namespace norava {
 namespace {
 
 constexpr int kPageRows = 10;
+
+constexpr char kSaving[] = "Save Program";
+
+std::string WithoutOuterBlanks(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    if (first == text.npos) return {};
+    return text.substr(first, text.find_last_not_of(' ') + 1 - first);
+}
 
 bool IsCharacter(int key) {
     return key >= 0x20 && key != kKeyDelete && static_cast<unsigned>(key) < kKeyLeft;
@@ -29,7 +39,7 @@ void CPresetListEditor::LoadCurrent() {
     const bool loaded = presetList->LoadProgramFromFile(presetList->GetProgramPath().c_str());
     UpdateLists();
     if (loaded) return;
-    ShowStatus("\"" + name + "\" holds no program of this instrument");
+    ShowStatus("No program of this instrument: " + name);
     Redraw();
 }
 
@@ -108,7 +118,7 @@ bool CPresetListEditor::EditSearch(int key) {
 // Saving
 
 void CPresetListEditor::AskForName() {
-    asking = Asking::name;
+    asksForName = true;
     const std::string name = presetList->GetNameOfSound();
     nameField->SetText(name == kNoProgramName ? "" : name.c_str());
     nameField->SelectAll();
@@ -117,31 +127,37 @@ void CPresetListEditor::AskForName() {
 }
 
 void CPresetListEditor::EndAsking() {
-    asking = Asking::nothing;
+    asksForName = false;
     UpdateLists();
     ShowTools();
 }
 
+// What was typed stays until it is saved.
 void CPresetListEditor::SaveUnderName() {
-    const std::string name = nameField->GetText();
-    if (name.empty()) return;
+    CWindowPort* const window = GetWindowPort();
+    const std::string name = WithoutOuterBlanks(nameField->GetText());
+    if (name.empty() || window == nullptr) return;
     if (name.find('/') != name.npos || name.front() == '.') {
-        EndAsking();
-        ShowStatus("A name has no \"/\" in it and no \".\" in front");
-        return Redraw();
-    }
-    if (asking == Asking::name && presetList->WouldReplace(name)) {
-        asking = Asking::mayReplace;
-        ShowTools();
-        return;
-    }
-    const bool saved = presetList->SaveProgramToFile(name.c_str());
-    EndAsking();
-    if (saved) {
-        before = presetList->Remember();  // Escape goes no further back than what was saved
+        CMessageBox::Tell(*window, kSaving, "A name has no \"/\" in it and no \".\" in front.");
+    } else if (presetList->WouldReplace(name)) {
+        CMessageBox::Ask(
+            *window, kSaving, "There is a program of this name already:\n" + name + "\nReplace it?",
+            {"Replace", "Cancel"},
+            [this, name](int button) {
+                if (button == 0) Save(name);
+            },
+            1);
     } else {
-        ShowStatus("\"" + name + "\" could not be saved here");
-        Redraw();
+        Save(name);
+    }
+}
+
+void CPresetListEditor::Save(const std::string& name) {
+    if (presetList->SaveProgramToFile(name.c_str())) {
+        EndAsking();
+        before = presetList->Remember();  // Escape goes no further back than what was saved
+    } else if (CWindowPort* const window = GetWindowPort()) {
+        CMessageBox::Tell(*window, kSaving, "This program could not be saved here:\n" + name);
     }
 }
 
@@ -158,11 +174,11 @@ bool CPresetListEditor::ControlReleased(CControl* control) {
         Close();
     } else if (control == loadButton) {
         // While a name is asked for, this button looks for another place.
-        const bool saves = asking != Asking::nothing;
+        const bool saves = asksForName;
         if (saves) EndAsking();
         saves ? presetList->SaveProgramToFile(nullptr) : presetList->LoadProgramFromFile(nullptr);
     } else if (control == saveButton) {
-        asking == Asking::nothing ? AskForName() : SaveUnderName();
+        asksForName ? SaveUnderName() : AskForName();
     }
     return true;
 }
@@ -170,7 +186,7 @@ bool CPresetListEditor::ControlReleased(CControl* control) {
 bool CPresetListEditor::ControlValueChanged(CControl* control, float value) {
     if (control == categoryList || control == programList) {
         const int row = value >= 0.0f ? static_cast<int>(std::min(value, 1e6f)) : -1;
-        if (asking != Asking::nothing) EndAsking();
+        if (asksForName) EndAsking();
         if (control == programList) {
             ChooseRow(row);
         } else {
@@ -179,17 +195,14 @@ bool CPresetListEditor::ControlValueChanged(CControl* control, float value) {
         }
         Redraw();
     } else if (control == nameField) {
-        if (value == CControlTextField::kEntered) {
-            SaveUnderName();
-        } else if (asking == Asking::mayReplace) {
-            asking = Asking::name;
-            ShowTools();
-        }
+        if (value == CControlTextField::kEntered) SaveUnderName();
     }
     return true;
 }
 
 bool CPresetListEditor::MouseDoubleClick() {
+    // The second press of a double click that opened it was not meant for what came to lie there.
+    if (std::exchange(isNew, false)) return true;
     const CWindowPort* const window = GetWindowPort();
     if (window == nullptr || window->GetMouseButtonID() != kMouseLeft) return false;
     const CPoint mouse = window->GetMousePos();
@@ -206,6 +219,7 @@ bool CPresetListEditor::MouseDoubleClick() {
 }
 
 bool CPresetListEditor::MouseDown() {
+    isNew = false;
     const CWindowPort* const window = GetWindowPort();
     if (window != nullptr && !GetRect().IsPointInside(window->GetMousePos())) {
         Close();
@@ -216,7 +230,7 @@ bool CPresetListEditor::MouseDown() {
 }
 
 bool CPresetListEditor::KeyDown(int key) {
-    if (asking != Asking::nothing) {
+    if (asksForName) {
         if (key != kKeyEscape) return CControlGroup::KeyDown(key);
         EndAsking();
         return true;

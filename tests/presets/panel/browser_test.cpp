@@ -2,6 +2,7 @@
 
 #include "gui/control_display.h"
 #include "gui/control_list.h"
+#include "gui/control_text_field.h"
 #include "gui/offscreen_window.h"
 #include "presets/panel/preset_list_about_box.h"
 #include "presets/panel/preset_list_editor.h"
@@ -80,8 +81,7 @@ TEST_F(BrowserTest, ListsTheLibraryAndLoadsWhatIsClickedAtOnce) {
     folder.Write("Pads/Wide.norava", "no program at all");
     ClickRow(Programs(), 1);
     EXPECT_EQ(Playing(), "Warm");
-    EXPECT_STREQ(Find<CControlDisplay>(2)->GetText(),
-                 "\"Wide\" holds no program of this instrument");
+    EXPECT_STREQ(Find<CControlDisplay>(2)->GetText(), "No program of this instrument: Wide");
 }
 
 TEST_F(BrowserTest, KeysAuditionKeepAndGoBack) {
@@ -146,7 +146,7 @@ TEST_F(BrowserTest, EntersAnEmptyCategory) {
 
 TEST_F(BrowserTest, ClosesWhereNothingElseIsMeant) {
     const auto doubleClick = [&](CPoint at) {
-        view->MoveMouse(at);
+        view->Click(at);
         view->PressMouse(kMouseLeft, true);
         view->ReleaseMouse();
     };
@@ -155,6 +155,10 @@ TEST_F(BrowserTest, ClosesWhereNothingElseIsMeant) {
     doubleClick(Programs().GetItemRect(1).GetCenter());
     EXPECT_FALSE(IsOpen());
     browser->Open();
+    view->MoveMouse({400, 75});
+    view->PressMouse(kMouseLeft, true);
+    view->ReleaseMouse();
+    EXPECT_TRUE(IsOpen()) << "the second press of the click that opened it";
     doubleClick({400, 75});
     EXPECT_FALSE(IsOpen()) << "the empty panel";
     for (const CPoint outside : {CPoint(660, 16), CPoint(50, 300)}) {  // its button; beside it
@@ -182,18 +186,20 @@ TEST_F(BrowserTest, SavesUnderANameAndAsksBeforeItReplaces) {
     };
     save(folder.Path("New"));
     EXPECT_FALSE(std::filesystem::exists(folder.Path("New"))) << "no way into other folders";
-    save("New one");
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(std::string(Find<CControlTextField>(0)->GetText()), folder.Path("New")) << "to mend";
+    view->PressKey(kKeyEscape);
+    save(" New one ");
     EXPECT_TRUE(std::filesystem::exists(folder.Path("Bass/New one.norava")));
     EXPECT_EQ(Playing(), "New one");
     EXPECT_EQ(Programs().GetSelectedItemID(), 1);
     save("Round");
-    view->PressKey(kKeyEscape);
+    view->PressKey(kKeyEnter);
     EXPECT_TRUE(IsOpen());
-    EXPECT_EQ(folder.Read("Bass/Round.norava"), old);
-    ClickTool(110);
-    Type("Round");
-    ClickTool(110);
-    ClickTool(110);  // "Replace"
+    EXPECT_EQ(folder.Read("Bass/Round.norava"), old) << "Enter alone does not replace";
+    view->PressKey(kKeyEnter);
+    view->PressKey(kKeyLeft);
+    view->PressKey(kKeyEnter);
     EXPECT_NE(folder.Read("Bass/Round.norava"), old);
 }
 
