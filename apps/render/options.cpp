@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <cmath>
 #include <iostream>
 #include <map>
 
@@ -143,6 +144,12 @@ void ChooseContainer(Options& options, const std::string& named) {
     options.container = byName;
 }
 
+// The parser's range lets through what is not a number.
+void CheckTarget(const Options& options) {
+    const std::optional<double> target = options.render.loudnessTarget;
+    if (target && !std::isfinite(*target)) throw BadInput("--normalize takes -70..0 LUFS");
+}
+
 void CheckTogether(const Options& options) {
     const int starts =
         int(!options.state.empty()) + int(!options.program.empty()) + int(options.allPrograms);
@@ -182,6 +189,7 @@ std::optional<Options> ParseOptions(int argc, const char* const* argv) {
     if (!raw.samples.empty()) options.samples = kSampleFormats.at(raw.samples);
     options.render.tailSeconds = ParseTail(raw.tail);
     options.render.loudnessTarget = raw.normalize;
+    CheckTarget(options);
     CheckTogether(options);
     return options;
 }

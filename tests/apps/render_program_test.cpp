@@ -178,6 +178,7 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
         {"good.mid text.mid -o a.wav", "a.wav: several songs need a folder"},
         {"good.mid ./good.mid -o out", "both become good.wav"},
         {"good.mid --loud", "--loud"},
+        {"good.mid -o a.wav --normalize nan", "--normalize"},
         {"good.mid -o a.wav --program Bass/None", "no program 'Bass/None'"},
         {"--all-programs --library none -o out", "none: this folder cannot be read"},
     };
