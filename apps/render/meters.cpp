@@ -31,21 +31,24 @@ class LevelMeter::LoudnessState {
     ebur128_state* state_;
 };
 
-LevelMeter::LevelMeter(int sampleRateHz)
-    : loudness_(std::make_unique<LoudnessState>(sampleRateHz)) {}
+LevelMeter::LevelMeter(int sampleRateHz) {
+    if (sampleRateHz >= kLowestLoudnessRateHz)
+        loudness_ = std::make_unique<LoudnessState>(sampleRateHz);
+}
 
 LevelMeter::~LevelMeter() = default;
 
 void LevelMeter::Take(std::span<const float> interleaved) {
     for (const float sample : interleaved)
         peak_ = std::max(peak_, std::fabs(double(sample)));
-    if (ebur128_add_frames_float(loudness_->Get(), interleaved.data(), interleaved.size() / 2) !=
-        EBUR128_SUCCESS) {
+    if (loudness_ && ebur128_add_frames_float(loudness_->Get(), interleaved.data(),
+                                              interleaved.size() / 2) != EBUR128_SUCCESS) {
         throw std::bad_alloc();
     }
 }
 
-double LevelMeter::Loudness() const {
+std::optional<double> LevelMeter::Loudness() const {
+    if (!loudness_) return std::nullopt;
     double loudness = 0.0;
     if (ebur128_loudness_global(loudness_->Get(), &loudness) != EBUR128_SUCCESS) {
         return -std::numeric_limits<double>::infinity();

@@ -1,12 +1,17 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
 struct evp_md_ctx_st;
 
 namespace norava {
+
+// At lower rates the weighting's shelf would lie above half the rate, and what was measured would
+// be nonsense.
+inline constexpr int kLowestLoudnessRateHz = 4000;
 
 // Loudness and peak of a stereo signal, taken while it passes.
 class LevelMeter {
@@ -16,12 +21,13 @@ class LevelMeter {
     void Take(std::span<const float> interleaved);
 
     double Peak() const { return peak_; }  // largest magnitude; 1 is full scale
-    // Integrated loudness in LUFS after EBU R 128; minus infinity for silence.
-    double Loudness() const;
+    // Integrated loudness in LUFS after EBU R 128; minus infinity for silence, nothing below
+    // kLowestLoudnessRateHz.
+    std::optional<double> Loudness() const;
 
   private:
     class LoudnessState;
-    std::unique_ptr<LoudnessState> loudness_;
+    std::unique_ptr<LoudnessState> loudness_;  // null: the rate is too low
     double peak_ = 0.0;
 };
 

@@ -9,6 +9,7 @@
 #include "framework/plugin_instance.h"
 #include "framework/plugin_renderer.h"
 #include "render/bad_input.h"
+#include "render/meters.h"
 
 namespace norava {
 
@@ -147,7 +148,12 @@ void ChooseContainer(Options& options, const std::string& named) {
 // The parser's range lets through what is not a number.
 void CheckTarget(const Options& options) {
     const std::optional<double> target = options.render.loudnessTarget;
-    if (target && !std::isfinite(*target)) throw BadInput("--normalize takes -70..0 LUFS");
+    if (!target) return;
+    if (!std::isfinite(*target)) throw BadInput("--normalize takes -70..0 LUFS");
+    if (options.render.sampleRateHz < kLowestLoudnessRateHz) {
+        throw BadInput("--normalize needs a --rate of " + std::to_string(kLowestLoudnessRateHz) +
+                       " Hz at least: below it there is no loudness to measure");
+    }
 }
 
 void CheckTogether(const Options& options) {

@@ -85,8 +85,8 @@ bool Play(SongPlayer& player, Tail& tail, Listeners& listeners,
 // would clip. Files of floats hold any level and are left alone unless a loudness is wanted.
 double GainFor(const RenderSettings& settings, const RenderResult& result) {
     double gain = 1.0;
-    if (settings.loudnessTarget && std::isfinite(result.loudness)) {
-        gain = std::pow(10.0, (*settings.loudnessTarget - result.loudness) / 20.0);
+    if (settings.loudnessTarget && result.loudness && std::isfinite(*result.loudness)) {
+        gain = std::pow(10.0, (*settings.loudnessTarget - *result.loudness) / 20.0);
     }
     if (HoldsAnyLevel(settings.format)) return gain;
     return result.peak * gain > 1.0 ? 1.0 / result.peak : gain;
@@ -95,7 +95,7 @@ double GainFor(const RenderSettings& settings, const RenderResult& result) {
 void ApplyGain(double gain, RenderResult& result) {
     result.gainDecibels = Decibels(gain);
     result.peak *= gain;
-    result.loudness += result.gainDecibels;
+    if (result.loudness) *result.loudness += result.gainDecibels;
 }
 
 }  // namespace

@@ -25,11 +25,11 @@ struct RenderSettings {
 
 // What there is to tell of a rendered song.
 struct RenderResult {
-    double seconds = 0.0;        // of sound
-    double renderSeconds = 0.0;  // of the engine's work
-    double peak = 0.0;           // of what was written; 1 is full scale
-    double loudness = 0.0;       // LUFS, of what was written
-    double gainDecibels = 0.0;   // of what was written against what the engine rendered
+    double seconds = 0.0;            // of sound
+    double renderSeconds = 0.0;      // of the engine's work
+    double peak = 0.0;               // of what was written; 1 is full scale
+    std::optional<double> loudness;  // LUFS, of what was written; none at very low rates
+    double gainDecibels = 0.0;       // of what was written against what the engine rendered
     bool tailCutShort = false;
     std::string hash;  // empty unless asked for
 };

@@ -42,7 +42,9 @@ void WriteText(std::ostream& out, const RenderTask& task, const RenderResult& re
     out << name << "\n"
         << "  length    " << Text("%.2f s", result.seconds) << "\n"
         << "  peak      " << Level(PeakDecibels(result), "dBFS") << "\n"
-        << "  loudness  " << Level(result.loudness, "LUFS") << "\n"
+        << "  loudness  "
+        << (result.loudness ? Level(*result.loudness, "LUFS") : "not measured at such a rate")
+        << "\n"
         << "  rendered  "
         << Text("in %.2f s, %.1f times real time", result.renderSeconds, TimesRealTime(result))
         << "\n";
@@ -66,7 +68,7 @@ Json ToJson(const RenderTask& task, const Outcome& outcome) {
     if (!task.output.empty()) json["output"] = task.output.string();
     json["seconds"] = result.seconds;
     json["peakDbfs"] = JsonLevel(PeakDecibels(result));
-    json["loudnessLufs"] = JsonLevel(result.loudness);
+    json["loudnessLufs"] = result.loudness ? JsonLevel(*result.loudness) : Json(nullptr);
     json["gainDb"] = result.gainDecibels;
     json["tailCutShort"] = result.tailCutShort;
     json["renderSeconds"] = result.renderSeconds;

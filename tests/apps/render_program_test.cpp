@@ -179,6 +179,7 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
         {"good.mid ./good.mid -o out", "both become good.wav"},
         {"good.mid --loud", "--loud"},
         {"good.mid -o a.wav --normalize nan", "--normalize"},
+        {"good.mid -o a.wav --normalize -18 --rate 3999", "--rate of 4000"},
         {"good.mid -o a.wav --program Bass/None", "no program 'Bass/None'"},
         {"--all-programs --library none -o out", "none: this folder cannot be read"},
     };
