@@ -98,8 +98,7 @@ void CNoravaEditor::DrawBackground(CRect part) {
 }
 
 void CNoravaEditor::Repaint(CRect part) {
-    RepaintPart(part);
-    UpdateScreen(part);
+    UpdateScreen(RepaintPart(part));
 }
 
 void CNoravaEditor::FollowDampers() {
@@ -122,7 +121,8 @@ void CNoravaEditor::MoveStrings() {
 bool CNoravaEditor::TimerEvent() {
     const bool used = CPluginEditor::TimerEvent();
     if (!IsOpen()) return used;
-    FollowDampers();
+    if (!IsSuper())
+        FollowDampers();  // as the controls, which follow when nothing is modal any more
     MoveStrings();
     return used;
 }

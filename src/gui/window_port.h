@@ -80,8 +80,8 @@ class CWindowPort {
     virtual void DrawControlsToBuffer();
     virtual void UpdateScreen(CRect part);
     // Paints what a full repaint would show there, with all that is modal or open. Controls are
-    // painted whole.
-    void RepaintPart(CRect part);
+    // painted whole; returns the part that this came to, for the screen.
+    CRect RepaintPart(CRect part);
     virtual void UpdateScreen();
     // Null before the window has a size.
     [[nodiscard]] virtual CGraphicBuffer* GetGraphicBuffer();
@@ -180,6 +180,8 @@ class CWindowPort {
     };
     void DrawOverlay(const Overlay& overlay);
     void DrawOverlays(CRect part);
+    [[nodiscard]] CRect GrowToWhatIsPaintedWhole(CRect part,
+                                                 const std::vector<CControlGroup*>& drawn) const;
     [[nodiscard]] std::vector<CControlGroup*> ListGroupsInDrawingOrder() const;
     void DeleteDestroyedControls();
     [[nodiscard]] bool MayRedraw(const CControl* control) const;

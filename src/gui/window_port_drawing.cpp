@@ -64,8 +64,8 @@ void CWindowPort::RedrawControl(CControl* control, bool toScreen) {
     const CRect painted = control->GetRect();
     for (const Overlay& overlay : std::vector(overlays)) {
         if (!overlay.place.Intersects(painted)) continue;
-        RepaintPart(overlay.place);
-        if (toScreen) UpdateScreen(overlay.place);
+        const CRect repainted = RepaintPart(overlay.place);
+        if (toScreen) UpdateScreen(repainted);
     }
     if (toScreen) control->UpdateScreen();
 }

@@ -25,13 +25,9 @@ void CWindowPort::ShowOverlay(CControl* control, CRect place, float opacity) {
     } else {
         const CRect before = std::exchange(found->place, place);
         found->opacity = opacity;
-        if (before != place) {
-            RepaintPart(before);
-            UpdateScreen(before);
-        }
+        if (before != place) UpdateScreen(RepaintPart(before));
     }
-    RepaintPart(place);
-    UpdateScreen(place);
+    UpdateScreen(RepaintPart(place));
 }
 
 void CWindowPort::HideOverlay(const CControl* control) {
@@ -40,8 +36,7 @@ void CWindowPort::HideOverlay(const CControl* control) {
     if (found == overlays.end()) return;
     const CRect place = found->place;
     overlays.erase(found);
-    RepaintPart(place);
-    UpdateScreen(place);
+    UpdateScreen(RepaintPart(place));
 }
 
 // The control paints opaque; for less, what was there is laid over it again.
@@ -63,27 +58,51 @@ void CWindowPort::DrawOverlays(CRect part) {
         if (overlay.place.Intersects(part)) DrawOverlay(overlay);
 }
 
-// The picture of a full repaint inside that part. Controls are repainted whole, as gradients and
-// shadows want it.
-void CWindowPort::RepaintPart(CRect part) {
-    if (!buffer.IsSafe()) return;
-    // Overlays that meet are painted anew together: half of a faint one would become too strong.
-    for (size_t i = 0; i < overlays.size();) {
-        const CRect grown = Enclose(part, overlays[i].place);
-        const bool changes = overlays[i].place.Intersects(part) && grown != part;
-        i = changes ? 0 : i + 1;
-        if (changes) part = grown;
+// Controls are repainted whole, as gradients and shadows want it. Where one lies under another
+// group or an overlay, that has to be painted again over all of it. Overlays that meet are painted
+// anew together too: half of a faint one would become too strong.
+CRect CWindowPort::GrowToWhatIsPaintedWhole(CRect part,
+                                            const std::vector<CControlGroup*>& drawn) const {
+    const CRect window({0, 0}, size);
+    for (;;) {
+        CRect grown = part;
+        const auto grow = [&grown, &window](const CRect& whole) {
+            const CRect visible = whole.GetIntersection(window);
+            if (visible.Intersects(grown)) grown = Enclose(grown, visible);
+        };
+        for (const Overlay& overlay : overlays)
+            grow(overlay.place);
+        for (const CControlGroup* group : drawn) {
+            for (const auto& control : group->GetControls()) {
+                const CRect place = control->GetRect();
+                const bool isCovered =
+                    group != drawn.back() ||
+                    std::ranges::any_of(overlays, [&place](const Overlay& overlay) {
+                        return overlay.place.Intersects(place);
+                    });
+                if (isCovered && !control->IsDisabled()) grow(place);
+            }
+        }
+        if (grown == part) return part;
+        part = grown;
     }
-    if (!buffer.SetClipRect(part)) return;
+}
+
+CRect CWindowPort::RepaintPart(CRect part) {
+    if (!buffer.IsSafe()) return {};
+    std::vector<CControlGroup*> drawn = ListGroupsInDrawingOrder();
+    std::erase_if(drawn, [](const CControlGroup* group) { return group->IsDisabled(); });
+    part = GrowToWhatIsPaintedWhole(part, drawn);
+    if (!buffer.SetClipRect(part)) return {};
     DrawBackground(part);
     buffer.SetClipRect();
-    for (CControlGroup* group : ListGroupsInDrawingOrder()) {
-        if (group->IsDisabled()) continue;
+    for (CControlGroup* group : drawn) {
         group->DrawBackground(part);
         buffer.SetClipRect();
         group->DrawControls(part);
     }
     DrawOverlays(part);
+    return part;
 }
 
 }  // namespace norava

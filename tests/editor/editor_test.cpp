@@ -254,6 +254,7 @@ TEST_F(EditorTest, PaintsStringsOnlyWhileTheyMove) {
     peaks = {0.1f, 0.0f};
     EXPECT_THAT(paintedIn(1), ElementsAre(StringPicture::kMovingRows[0]));
     editor->ShowBrowser();
+    synth->SetParamValue(param::kString1DampOffset, 0.9f);
     EXPECT_THAT(paintedIn(3), IsEmpty()) << "behind the browser";
     view->PressKey(kKeyEscape);
     for (const float last : {NAN, INFINITY, 0.0f}) {

@@ -71,6 +71,15 @@ TEST_F(WindowTest, RedrawsOnlyWhatChanged) {
     EXPECT_EQ(c->drawn, 0);
 }
 
+TEST_F(WindowTest, APartUnderAnotherGroupIsRepaintedAsTheWhole) {
+    window.DrawToBuffer();
+    window.UpdateScreen();
+    const std::vector<uint32_t> whole = view.GetPixels();
+    EXPECT_EQ(window.RepaintPart({0, 0, 5, 5}), CRect(0, 0, 30, 30)) << "with what is cut by it";
+    window.UpdateScreen();
+    EXPECT_EQ(view.GetPixels(), whole);
+}
+
 TEST_F(WindowTest, TheFirstUnderTheMouseInTheFirstGroupThatUsesItGetsIt) {
     view.MoveMouse({15, 15});
     view.PressMouse();
