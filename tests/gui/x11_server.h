@@ -114,7 +114,7 @@ class Desktop {
         Release(button);
     }
     // The key that carries this symbol on the server's keyboard.
-    void Type(xcb_keysym_t symbol) {
+    uint8_t FindKey(xcb_keysym_t symbol) {
         const xcb_setup_t* setup = xcb_get_setup(raw);
         const auto count = static_cast<uint8_t>(setup->max_keycode - setup->min_keycode + 1);
         const auto keys = Own(xcb_get_keyboard_mapping_reply(
@@ -123,10 +123,17 @@ class Desktop {
         unsigned key = 0;
         while (key < count && symbols[key * keys->keysyms_per_keycode] != symbol)
             ++key;
-        ASSERT_LT(key, count) << "no key " << symbol;
-        const auto code = static_cast<uint8_t>(setup->min_keycode + key);
+        EXPECT_LT(key, count) << "no key " << symbol;
+        return static_cast<uint8_t>(setup->min_keycode + key);
+    }
+    void Type(xcb_keysym_t symbol) {
+        const uint8_t code = FindKey(symbol);
         Fake(XCB_KEY_PRESS, code);
         Fake(XCB_KEY_RELEASE, code);
+    }
+    void ChangeKey(xcb_keysym_t from, xcb_keysym_t to) {
+        xcb_change_keyboard_mapping(raw, 1, FindKey(from), 1, &to);
+        Synchronise();
     }
 
     [[nodiscard]] CPoint WhereIsMouse() const {

@@ -182,6 +182,9 @@ TEST_F(X11View, TakesKeysOnlyWhileTheyAreWanted) {
     desktop->Type(0xFF51);
     EXPECT_TRUE(window.UntilLogged("key " + std::to_string(kKeyLeft) + " 1"));
     EXPECT_THAT(window.log, Contains("key 97 1"));
+    desktop->ChangeKey('a', 'z');
+    desktop->Type('z');
+    EXPECT_TRUE(window.UntilLogged("key 122 1")) << "the user chose another layout";
     desktop->Type('q');
     ASSERT_TRUE(hostGetsKey()) << "a key that nobody used belongs to the host";
     window.knob->wantsKeys = false;

@@ -65,7 +65,8 @@ Modifiers ModifiersOf(uint16_t state) {
             .alt = (state & XCB_MOD_MASK_1) != 0};
 }
 
-// A server tells the layout of a key only to those who say that they know of it.
+// A server tells the layout of a key only to those who say that they know of it, and those hear of
+// a change only when they ask to.
 Keyboard::Keyboard(const Connection& server) : connection(server) {
     const Library::Keyboard& xkb = connection.call.xkb;
     if (!xkb.extension) return;
@@ -73,6 +74,19 @@ Keyboard::Keyboard(const Connection& server) : connection(server) {
     const auto* found = connection.call.get_extension_data(connection.raw, xkb.extension);
     if (!found || !found->present) return;
     const Owned<void> reply(xkb.useReply(connection.raw, xkb.use(connection.raw, 1, 0), nullptr));
+    if (!reply) return;
+    constexpr uint16_t kCoreKeyboard = 0x100, kNewKeyboard = 1, kMap = 2, kAllOfMap = 0xFF;
+    xkb.selectEvents(connection.raw, kCoreKeyboard, kNewKeyboard | kMap, 0, kNewKeyboard | kMap,
+                     kAllOfMap, kAllOfMap, nullptr);
+    extensionEvent = found->first_event;
+}
+
+bool Keyboard::Handle(const xcb_generic_event_t& event) {
+    constexpr int kSentByClient = 0x80;
+    const int kind = event.response_type & ~kSentByClient;
+    if (kind != XCB_MAPPING_NOTIFY && kind != extensionEvent) return false;
+    mapping.reset();
+    return true;
 }
 
 bool Keyboard::IsCapital(xcb_keysym_t symbol, xcb_keysym_t capital) const {

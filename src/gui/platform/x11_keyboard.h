@@ -13,8 +13,8 @@ class Keyboard {
     // A Key or a character; 0 for keys that mean nothing by themselves. The first call asks the
     // server.
     unsigned Translate(xcb_keycode_t code, uint16_t state);
-    // The layout has changed.
-    void Forget() { mapping.reset(); }
+    // True when the event was for it: the layout has changed.
+    bool Handle(const xcb_generic_event_t& event);
 
   private:
     [[nodiscard]] xcb_keysym_t FindSymbol(xcb_keycode_t code, uint16_t state);
@@ -23,6 +23,7 @@ class Keyboard {
 
     const Connection& connection;
     Owned<xcb_get_keyboard_mapping_reply_t> mapping;
+    int extensionEvent = -1;  // of whatever kind, while the server has the extension
 };
 
 Modifiers ModifiersOf(uint16_t state);

@@ -44,7 +44,8 @@ void FindKeyboard(Library::Keyboard& xkb) {
     void* const library = Open("libxcb-xkb.so.1");
     const bool all = Find(library, "xcb_xkb_id", xkb.extension) &&
                      Find(library, "xcb_xkb_use_extension", xkb.use) &&
-                     Find(library, "xcb_xkb_use_extension_reply", xkb.useReply);
+                     Find(library, "xcb_xkb_use_extension_reply", xkb.useReply) &&
+                     Find(library, "xcb_xkb_select_events", xkb.selectEvents);
     if (!all) xkb = {};
 }
 

@@ -86,7 +86,7 @@ struct Library {
     } shm;
 
     // With this a server tells in which of several keyboard layouts a key was typed. All null when
-    // not installed. Its header is not C++, so the two calls are declared here.
+    // not installed. Its header is not C++, so the calls are declared here.
     struct Keyboard {
         struct UseCookie {
             unsigned sequence;
@@ -94,6 +94,9 @@ struct Library {
         xcb_extension_t* extension = nullptr;
         UseCookie (*use)(xcb_connection_t*, uint16_t major, uint16_t minor) = nullptr;
         void* (*useReply)(xcb_connection_t*, UseCookie, xcb_generic_error_t**) = nullptr;
+        xcb_void_cookie_t (*selectEvents)(xcb_connection_t*, uint16_t device, uint16_t affected,
+                                          uint16_t clear, uint16_t selectAll, uint16_t affectedMap,
+                                          uint16_t map, const void* details) = nullptr;
     } xkb;
 
     // The character of a key symbol, 0 for none; null when that library is not installed.

@@ -92,6 +92,7 @@ void View::Handle(const xcb_generic_event_t& event) {
         if (answer == Picture::Event::failed) damage.Add(CRect({0, 0}, ToLogicalSize()));
         return;
     }
+    if (keyboard.Handle(event)) return;
     switch (KindOf(event)) {
         case XCB_BUTTON_PRESS:
             MousePressed(As<xcb_button_press_event_t>(event));
@@ -125,9 +126,6 @@ void View::Handle(const xcb_generic_event_t& event) {
             break;
         case XCB_SELECTION_NOTIFY:
             drop.Handle(As<xcb_selection_notify_event_t>(event));
-            break;
-        case XCB_MAPPING_NOTIFY:
-            keyboard.Forget();
             break;
         default:
             HandleStructure(event);
