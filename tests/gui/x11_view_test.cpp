@@ -156,6 +156,13 @@ TEST_F(X11View, HidesThePointerAndPutsItBack) {
     EXPECT_EQ(window.GetMousePos(), kInKnob) << "the mouse has not moved for anybody else";
     desktop->Release();
     EXPECT_TRUE(window.Until([&] { return desktop->WhereIsMouse() == before; }));
+    PointAt({50, 50}, 2);
+    const CPoint elsewhere = desktop->WhereIsMouse();
+    desktop->Press();
+    ASSERT_TRUE(window.Until([&] { return Count(window.log, "down 1") == 2; }));
+    desktop->MoveMouseBy({0, -30});
+    window.Close();
+    EXPECT_TRUE(window.Until([&] { return desktop->WhereIsMouse() == elsewhere; }));
 }
 
 TEST_F(X11View, TakesKeysOnlyWhileTheyAreWanted) {

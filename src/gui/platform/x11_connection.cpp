@@ -49,9 +49,12 @@ Connection::Connection(const Library& library, xcb_connection_t* connection, int
     InternAtoms();
 }
 
+// A connection that ends with events unread takes along what the server has not read of ours, and
+// the pointer would stay where a drag had taken it: one question, and all before it is done.
 Connection::~Connection() {
     const WritingScope scope;
-    call.flush(raw);
+    const Owned<xcb_get_input_focus_reply_t> reply(
+        call.get_input_focus_reply(raw, call.get_input_focus(raw), nullptr));
     call.disconnect(raw);
 }
 
