@@ -34,14 +34,14 @@ const std::array kStrips{
           kLoudnessTarget + kLoudnessTolerance,
           false,
           {&ProgramFigures::loudness, nullptr}},
-    Strip{"true peak, chord",
+    Strip{"peak, raised",
           "dBFS",
           -14,
           0,
           -kAny,
           kHighestPeak,
           false,
-          {&ProgramFigures::chordPeak, nullptr}},
+          {&ProgramFigures::chordPeak, &ProgramFigures::raisedPeak}},
     Strip{"A3 and C5",
           "cents",
           -10,
@@ -134,7 +134,7 @@ void DrawHead(Svg& svg, int height) {
         svg.Text(left, 18, std::string(strip.title), " font-weight='bold'");
         svg.Text(left, 34, Short(strip.from) + " .. " + Short(strip.to) + ' ' + strip.unit,
                  " fill='#777'");
-        if (!strip.isPitch) continue;
+        if (strip.values[1] == nullptr) continue;
         svg.Dot(left + kStripWidth - 28, 15, kColours[0], false);
         svg.Dot(left + kStripWidth - 20, 15, kColours[1], false);
     }

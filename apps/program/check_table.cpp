@@ -19,6 +19,7 @@ struct Column {
 constexpr std::array kColumns{
     Column{"  LUFS", "%6.1f", [](const CheckedProgram& p) { return p.figures.loudness; }},
     Column{"  peak", "%6.1f", [](const CheckedProgram& p) { return p.figures.chordPeak; }},
+    Column{"raised", "%6.1f", [](const CheckedProgram& p) { return p.figures.raisedPeak; }},
     Column{"    dc", "%6.0f", [](const CheckedProgram& p) { return p.figures.dc; }},
     Column{" decay", "%6.1f", [](const CheckedProgram& p) { return p.figures.decaySeconds; }},
     Column{"    A3", "%+6.1f", [](const CheckedProgram& p) { return p.figures.centsA3; }},

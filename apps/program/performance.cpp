@@ -24,9 +24,11 @@ struct Message {
 };
 
 std::vector<Message> ToMessages(const Performance& performance) {
-    constexpr std::uint8_t kNoteOff = 0x80, kNoteOn = 0x90, kController = 0xB0, kWheel = 1;
+    constexpr std::uint8_t kNoteOff = 0x80, kNoteOn = 0x90, kController = 0xB0, kPressure = 0xD0;
+    constexpr std::uint8_t kWheel = 1;
     std::vector<Message> messages;
     messages.push_back({0, {kController, kWheel, std::uint8_t(performance.wheel)}});
+    messages.push_back({0, {kPressure, std::uint8_t(performance.pressure), 0}});
     const auto frame = [](double seconds) { return std::llround(seconds * kCheckRateHz); };
     for (const PlayedNote& note : performance.notes) {
         const auto key = std::uint8_t(note.note);
@@ -56,6 +58,8 @@ bool IsSilent(std::span<const float> samples) {
     return std::ranges::all_of(samples, [](float x) { return std::fabs(x) < kSilentLevel; });
 }
 
+constexpr std::array<int, 4> kFullChord{48, 55, 60, 64};
+
 void AddChord(Performance& performance, double beat, double beats, std::array<int, 4> notes,
               int velocity) {
     for (const int note : notes)
@@ -84,9 +88,16 @@ Performance ReferencePhrase() {
 
 Performance FullChord() {
     Performance chord;
-    AddChord(chord, 0.0, 6.0, {48, 55, 60, 64}, 127);
+    AddChord(chord, 0.0, 6.0, kFullChord, 127);
     chord.seconds = 6.0 * kBeat + kLongestTail;
     chord.untilSilent = true;
+    return chord;
+}
+
+Performance LongChord() {
+    Performance chord;
+    AddChord(chord, 0.0, 16.0, kFullChord, 127);
+    chord.seconds = 18.0 * kBeat;
     return chord;
 }
 

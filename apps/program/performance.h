@@ -22,6 +22,7 @@ struct Performance {
     std::vector<PlayedNote> notes;
     double seconds = 0.0;      // of the recording
     int wheel = 0;             // modulation wheel, 0..127
+    int pressure = 0;          // of the whole keyboard, 0..127
     bool dry = false;          // without resonators, chorus, reverb and delay
     bool untilSilent = false;  // stop early when it has died away
 };
@@ -41,6 +42,8 @@ inline constexpr float kSilentLevel = 1.0e-4f;
 Performance ReferencePhrase();
 // A chord of four notes at full velocity, held for three seconds, until it has died away.
 Performance FullChord();
+// The same chord held for eight seconds, long enough for slow sweeps and for what is random.
+Performance LongChord();
 Performance SingleNote(int note, int velocity, double length, double seconds);
 
 // With an instrument of its own; any thread.

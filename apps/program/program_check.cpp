@@ -1,5 +1,6 @@
 #include "program/program_check.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -12,7 +13,7 @@ namespace {
 
 constexpr int kSoft = 32, kMiddling = 96, kHard = 120;  // velocities
 constexpr int kA3 = 57, kMiddleC = 60, kC5 = 72;
-constexpr int kWheelUp = 127;
+constexpr int kUp = 127;  // of the wheel, and of pressure
 
 double NoteHertz(int note) {
     return 440.0 * std::exp2((note - 69) / 12.0);
@@ -36,6 +37,27 @@ Recording PlayMiddleC(const Program& program, int velocity, int wheel) {
     return Play(program, note);
 }
 
+bool TakesPressure(const Program& program) {
+    constexpr float kPressure = 5.0f;  // "aftch" in the menu of sources
+    for (int slot = 0; slot < kMatrixSlots; ++slot) {
+        if (program.values[std::size_t(param::kMatrix + slot * kMatrixSlotSize)] == kPressure)
+            return true;
+    }
+    return false;
+}
+
+// Of the wheel, the keys' pressure and both.
+double RaisedPeakDecibels(const Program& program) {
+    Performance chord = LongChord();
+    const auto peak = [&](int wheel, int pressure) {
+        chord.wheel = wheel;
+        chord.pressure = pressure;
+        return TruePeakDecibels(Play(program, chord));
+    };
+    const double wheelPeak = peak(kUp, 0);
+    return TakesPressure(program) ? std::max({wheelPeak, peak(0, kUp), peak(kUp, kUp)}) : wheelPeak;
+}
+
 std::string Fault(const char* form, double value) {
     char text[96];
     std::snprintf(text, sizeof(text), form, value);
@@ -53,6 +75,7 @@ ProgramFigures MeasureProgram(const Program& program) {
     const Performance chord = FullChord();
     const Recording chordSound = Play(program, chord);
     figures.chordPeak = TruePeakDecibels(chordSound);
+    figures.raisedPeak = RaisedPeakDecibels(program);
     figures.decaySeconds = SecondsToSilence(chordSound, chord.notes.front().length);
     figures.finite = IsFinite(phrase) && IsFinite(chordSound);
 
@@ -60,7 +83,7 @@ ProgramFigures MeasureProgram(const Program& program) {
     figures.centsC5 = PitchCents(program, kC5);
 
     const Recording note = PlayMiddleC(program, kMiddling, 0);
-    figures.wheelChange = DifferenceDecibels(note, PlayMiddleC(program, kMiddling, kWheelUp));
+    figures.wheelChange = DifferenceDecibels(note, PlayMiddleC(program, kMiddling, kUp));
     figures.velocityRange = LevelDecibels(PlayMiddleC(program, kHard, 0)) -
                             LevelDecibels(PlayMiddleC(program, kSoft, 0));
     figures.print = TakeFingerprint(phrase, note);
@@ -76,6 +99,8 @@ std::vector<std::string> FindFaults(const Program& program, const ProgramFigures
     require(std::fabs(figures.loudness - kLoudnessTarget) <= kLoudnessTolerance,
             "loudness %.1f LUFS", figures.loudness);
     require(figures.chordPeak < kHighestPeak, "peak %.1f dBFS", figures.chordPeak);
+    require(figures.raisedPeak < kHighestPeak, "peak %.1f dBFS with wheel or pressure up",
+            figures.raisedPeak);
     require(figures.dc < kHighestDc, "dc %.0f dB", figures.dc);
     require(program.HasTag("drone") || figures.decaySeconds < kLongestDecay - 0.1,
             "rings for %.0f s", figures.decaySeconds);

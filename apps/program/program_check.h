@@ -12,7 +12,7 @@ namespace norava {
 
 inline constexpr double kLoudnessTarget = -18.0;    // LUFS of the reference phrase
 inline constexpr double kLoudnessTolerance = 1.5;   // LU
-inline constexpr double kHighestPeak = -1.0;        // dBFS, true peak of the full chord
+inline constexpr double kHighestPeak = -1.0;        // dBFS, true peak of a full chord
 inline constexpr double kHighestDc = -50.0;         // dB below the phrase
 inline constexpr double kLongestDecay = 30.0;       // seconds after the chord's release
 inline constexpr double kPitchTolerance = 5.0;      // cents, of A3 and C5 where tagged "pitched"
@@ -23,6 +23,7 @@ inline constexpr double kLeastDistance = 3.0;       // dB, see Distance
 struct ProgramFigures {
     double loudness = 0.0;      // LUFS
     double chordPeak = 0.0;     // dBFS, true peak
+    double raisedPeak = 0.0;    // dBFS, the highest with the wheel or the keys' pressure up
     double dc = 0.0;            // dB below the phrase
     double decaySeconds = 0.0;  // after the chord's release
     double centsA3 = 0.0;       // of the strings, without effects
