@@ -29,6 +29,22 @@ void Interrupt(int) {
     interrupted = true;
 }
 
+// A signal that whoever started the program wants ignored, as nohup does, stays ignored.
+void InterruptAt(int signal) {
+    if (std::signal(signal, Interrupt) == SIG_IGN) std::signal(signal, SIG_IGN);
+}
+
+// Whatever ends a rendering, its unfinished file has to go. A reader of the progress that has left
+// is no reason to end it: writing to nobody fails, and that is all.
+void CatchSignals() {
+    InterruptAt(SIGINT);
+    InterruptAt(SIGTERM);
+#ifndef _WIN32
+    InterruptAt(SIGHUP);
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
+}
+
 void Complain(const std::string& what) {
     std::fprintf(stderr, "norava-render: %s\n", what.c_str());
 }
@@ -110,8 +126,7 @@ int Run(int argc, const char* const* argv) {
     const std::vector<RenderTask> tasks =
         options->allPrograms ? PlanOutputs(*options, ListPrograms(options->library))
                              : PlanOutputs(*options);
-    std::signal(SIGINT, Interrupt);
-    std::signal(SIGTERM, Interrupt);
+    CatchSignals();
     const std::vector<Outcome> outcomes = RenderAll(tasks, *options);
 
     WriteReport(std::cout, *options, tasks, outcomes);
