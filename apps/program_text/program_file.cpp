@@ -6,6 +6,7 @@
 #include <iterator>
 #include <tuple>
 
+#include "files/file_system.h"
 #include "program_text/text_tokens.h"
 #include "render/bad_input.h"
 
@@ -98,15 +99,7 @@ void SaveProgram(const fs::path& path, const Program& program) {
     } else {
         throw OutputError(path.string() + ": programs are written as .txt or .norava");
     }
-    fs::path beside = path;
-    beside += ".new";
-    std::ofstream stream(beside, std::ios::binary);
-    stream.write(bytes.data(), std::streamsize(bytes.size()));
-    stream.close();
-    std::error_code error;
-    if (stream) fs::rename(beside, path, error);
-    if (!stream || error) {
-        fs::remove(beside, error);
+    if (!file_system::ReplaceFile(path.c_str(), bytes.data(), bytes.size())) {
         throw OutputError(path.string() + ": cannot be written");
     }
 }

@@ -23,7 +23,7 @@ Program LoadProgram(const std::filesystem::path& path);
 // The same for what such a file holds.
 Program ReadProgram(std::string_view bytes, const std::filesystem::path& path);
 
-// The whole file or nothing: written beside and renamed. Throws OutputError.
+// The whole file or nothing: a link stays one. Throws OutputError.
 void SaveProgram(const std::filesystem::path& path, const Program& program);
 
 struct BankEntry {

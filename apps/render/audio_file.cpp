@@ -39,14 +39,30 @@ int LibraryFormat(const AudioFormat& format, double expectedSeconds) {
     return (bytes > kRiffBytes ? SF_FORMAT_RF64 : SF_FORMAT_WAV) | samples;
 }
 
-// A name in the same folder, so that the last step is a renaming within one file system.
+// A name in the same folder, so that the last step is a renaming within one file system; of its
+// own, because the file's may have all the length that a name can have.
 fs::path TemporaryNameFor(const fs::path& path) {
-    fs::path name = ".";
-    name += path.filename();
-    name += ".";
-    name += std::to_string(std::random_device{}());
-    name += ".part";
-    return path.parent_path() / name;
+    return path.parent_path() / (".norava-" + std::to_string(std::random_device{}()) + ".part");
+}
+
+// What a link leads to is to be written, and the link to stay.
+fs::path FollowLink(const fs::path& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::none) {
+        throw OutputError("cannot be written: " + error.message());
+    }
+    if (fs::exists(status)) {
+        // Renaming onto a device or a pipe would replace it by a file.
+        if (!fs::is_regular_file(status)) {
+            throw OutputError("cannot be written: it exists and is no ordinary file");
+        }
+        return fs::canonical(path);
+    }
+    if (fs::is_symlink(fs::symlink_status(path, error))) {
+        throw OutputError("cannot be written: it is a link that leads nowhere");
+    }
+    return path;
 }
 
 }  // namespace
@@ -77,13 +93,7 @@ const char* EndingOf(Container container) {
 }
 
 AudioFile::AudioFile(const fs::path& path, const AudioFormat& format, double expectedSeconds)
-    : path_(path), temporary_(TemporaryNameFor(path)) {
-    std::error_code ignored;
-    const fs::file_status status = fs::status(path_, ignored);
-    // Renaming onto a device or a pipe would replace it by a file.
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
-        throw OutputError("cannot be written: it exists and is no ordinary file");
-    }
+    : path_(FollowLink(path)), temporary_(TemporaryNameFor(path_)) {
     SF_INFO info{};
     info.samplerate = format.sampleRateHz;
     info.channels = 2;
@@ -95,6 +105,7 @@ AudioFile::AudioFile(const fs::path& path, const AudioFormat& format, double exp
     file_.reset(sf_open(temporary_.c_str(), SFM_WRITE, &info));
     if (!file_) {
         const std::string reason = sf_strerror(nullptr);
+        std::error_code ignored;
         fs::remove(temporary_, ignored);
         throw OutputError("cannot be written: " + reason);
     }
@@ -124,6 +135,8 @@ void AudioFile::Commit() {
     sf_write_sync(file_.get());
     if (sf_close(file_.release()) != 0) throw OutputError("cannot be written to its end");
     std::error_code error;
+    const fs::file_status old = fs::status(path_, error);
+    if (fs::exists(old)) fs::permissions(temporary_, old.permissions(), error);
     fs::rename(temporary_, path_, error);
     if (error) throw OutputError("cannot be written: " + error.message());
     temporary_.clear();

@@ -26,7 +26,8 @@ Container ContainerOf(const std::filesystem::path& name);
 const char* EndingOf(Container container);  // with its dot
 
 // A stereo audio file that appears under its name only when it is complete: it grows in a hidden
-// file beside it, which goes away when the writer is dropped before Commit.
+// file beside it, which goes away when the writer is dropped before Commit. A file that it replaces
+// passes its permissions on, and a link keeps leading to it.
 class AudioFile {
   public:
     // Files expected to need more than four gigabytes get WAV's large form. Throws OutputError when

@@ -153,9 +153,12 @@ TEST_F(RenderProgram, AFailureLeavesTheOldFileAndNothingElse) {
                      song, folder_ / "a.wav", {}, [](double) {}, interrupted),
                  BadInput);
     EXPECT_EQ(folder_.Read("a.wav"), "old");
-    Run("song.mid -o a.wav");
+    const std::string longName = std::string(251, 'x') + ".wav";
+    std::filesystem::create_symlink("a.wav", folder_ / longName);
+    Run("song.mid -o " + longName);
     EXPECT_GT(folder_.Read("a.wav").size(), 1000u);
-    EXPECT_THAT(folder_.Names(), UnorderedElementsAre("song.mid", "a.wav"));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder_ / longName));
+    EXPECT_THAT(folder_.Names(), UnorderedElementsAre("song.mid", "a.wav", longName));
 }
 
 TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
