@@ -134,7 +134,7 @@ TEST_F(DialogTest, LongWordsAreCutBetweenCharacters) {
         for (int i = 0; i < 100; ++i)
             word += letters;
         CMessageBox::Tell(window, "Load Program", word);
-        const std::vector<uint32_t> pixels = view->GetPixels();
+        std::vector<uint32_t> pixels = view->GetPixels();
         view->PressKey(kKeyEscape);
         return pixels;
     };
