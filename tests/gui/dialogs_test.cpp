@@ -74,6 +74,16 @@ TEST_F(DialogTest, ChoosesAFileToLoad) {
     view->PressKey(kKeyEnter);
     EXPECT_EQ(chosen, files.Path("notes.txt"));
     EXPECT_EQ(window.GetControlGroups().size(), 1u) << "the dialog is gone";
+
+    ASSERT_TRUE(Ask(false, "A 2"));
+    EXPECT_EQ(Find<CControlList>(0)->GetSelectedItemID(), 1) << "what sounds now";
+    Press("Load");
+    EXPECT_EQ(chosen, files.Path("A 2.fxp"));
+    ASSERT_TRUE(Ask(false));
+    view->Click(Find<CControlTextField>(1)->GetRect().GetCenter());
+    test::Type(*view, "b");
+    view->PressKey(kKeyEnter);
+    EXPECT_EQ(chosen, files.Path("b.norava"));
 }
 
 TEST_F(DialogTest, GoesThroughFolders) {
@@ -105,6 +115,10 @@ TEST_F(DialogTest, SavesAndAsksBeforeItReplaces) {
     EXPECT_EQ(chosen, files.Path("b.norava"));
 
     ASSERT_TRUE(Ask(true));
+    view->Click(Find<CControlTextField>(0)->GetRect().GetCenter());
+    test::Type(*view, "no folder");
+    view->PressKey(kKeyEnter);
+    EXPECT_TRUE(window.IsSuper()) << "the folder's line names no file";
     Press("New Folder");
     test::Type(*view, "Made");
     view->PressKey(kKeyEnter);

@@ -62,7 +62,6 @@ void CFileDialog::CreateControls() {
     list->SetRect(Inside(kMargin, kListTop, width, kListHeight));
     nameField = Add<CControlTextField>();
     nameField->SetRect(Inside(kNameLeft, kNameTop, kSize.cx - kMargin - kNameLeft, kFieldHeight));
-    nameField->SetText(request.suggestedName.c_str());
 
     const auto button = [this](int fromRight, const char* text) {
         const int left =
@@ -74,9 +73,9 @@ void CFileDialog::CreateControls() {
     if (request.save) {
         folderButton =
             AddButton(Inside(kMargin, kButtonTop, kButtonSize.cx, kButtonSize.cy), "New Folder");
-        nameField->SelectAll();
     } else if (!request.extensions.empty()) {
         filter = Add<CControlMenu>();
+        filter->SetBackgroundSelfDrawn();
         filter->SetRect(Inside(kMargin, kButtonTop, kFilterWidth, kButtonSize.cy));
         filter->AddTextItem(request.typeName.c_str());
         filter->AddTextItem("All Files");
@@ -87,6 +86,13 @@ void CFileDialog::CreateControls() {
     while (start.size() > 1 && file_system::KindOf(start.c_str()) != EntryKind::folder)
         start = start.find('/') == start.npos ? "/" : ParentOf(start);
     GoTo(start.empty() ? "/" : start);
+    if (request.save) {
+        nameField->SetText(request.suggestedName.c_str());
+        nameField->SelectAll();
+    } else {
+        const std::string suggested = FindFile(InFolder(request.suggestedName));
+        SelectRow(suggested.substr(suggested.rfind('/') + 1));
+    }
 }
 
 CControl* CFileDialog::FirstFocus() {
@@ -101,6 +107,7 @@ void CFileDialog::GoTo(const std::string& newFolder) {
         folder.pop_back();
     pathField->SetText(folder.c_str());
     status.clear();
+    if (!request.save) nameField->SetText("");  // a file of the folder before
     ListFolder();
     list->SetValue(-1.0f);
     list->SetTopItemID(0.0f);
@@ -110,11 +117,16 @@ void CFileDialog::GoTo(const std::string& newFolder) {
 void CFileDialog::GoUp() {
     const std::string left = folder.substr(folder.rfind('/') + 1);
     GoTo(ParentOf(folder));
-    const auto row = std::ranges::find(entries, left, &Entry::name);
+    SelectRow(left);
+    Redraw();
+}
+
+void CFileDialog::SelectRow(const std::string& name) {
+    const auto row = std::ranges::find(entries, name, &Entry::name);
     if (row == entries.end()) return;
     list->SetValue(static_cast<float>(row - entries.begin()));
     list->ShowSelectedItem();
-    Redraw();
+    if (!row->isFolder) nameField->SetText(name.c_str());
 }
 
 void CFileDialog::ListFolder() {
@@ -155,6 +167,14 @@ std::string CFileDialog::InFolder(const std::string& name) const {
     return folder == "/" ? "/" + name : folder + '/' + name;
 }
 
+std::string CFileDialog::FindFile(const std::string& path) const {
+    if (file_system::KindOf(path.c_str()) == EntryKind::file) return path;
+    for (const std::string& extension : request.extensions)
+        if (file_system::KindOf((path + '.' + extension).c_str()) == EntryKind::file)
+            return path + '.' + extension;
+    return {};
+}
+
 void CFileDialog::AskForFolder() {
     CWindowPort* const window = GetWindowPort();
     if (window == nullptr) return;
@@ -191,7 +211,8 @@ void CFileDialog::Choose(const std::string& path) {
     const EntryKind kind = file_system::KindOf(path.c_str());
     if (kind == EntryKind::folder) return GoTo(path);
     if (!request.save) {
-        if (kind == EntryKind::file) return Finish(path);
+        const std::string found = FindFile(path);
+        if (!found.empty()) return Finish(found);
         return ShowStatus("There is no such file.");
     }
     const bool named = HasWantedExtension(path) || request.extensions.empty();
@@ -248,11 +269,13 @@ bool CFileDialog::ControlValueChanged(CControl* control, float value) {
     } else if (control == nameField && value == CControlTextField::kEntered) {
         Accept();
     } else if (control == pathField && value == CControlTextField::kEntered) {
-        const std::string path = pathField->GetText();
-        if (file_system::KindOf(path.c_str()) == EntryKind::folder) {
-            GoTo(path);
+        const std::string path = InFolder(pathField->GetText());
+        // A file to be written is named below.
+        const bool mayBeFile = !request.save;
+        if (mayBeFile || file_system::KindOf(path.c_str()) == EntryKind::folder) {
+            Choose(path);
         } else {
-            Choose(InFolder(path));
+            ShowStatus("There is no such folder.");
         }
     }
     return true;

@@ -46,6 +46,8 @@ class CFileDialog : public CDialog {
     void GoTo(const std::string& newFolder);
     void GoUp();
     void ListFolder();
+    // Nothing when it is not there.
+    void SelectRow(const std::string& name);
     void ShowStatus(const std::string& text);
     void ChooseRow(int row);
     // What is typed or selected: a folder is gone into, a file is the answer.
@@ -55,6 +57,8 @@ class CFileDialog : public CDialog {
     void ShowAll(bool all);
     [[nodiscard]] bool HasWantedExtension(const std::string& name) const;
     [[nodiscard]] std::string InFolder(const std::string& name) const;
+    // The path of the file to load, which may leave out its extension; empty when there is none.
+    [[nodiscard]] std::string FindFile(const std::string& path) const;
     [[nodiscard]] std::string TypeText() const;
 
     const FileDialogRequest request;
