@@ -3,6 +3,7 @@
 #include <sndfile.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <random>
 #include <system_error>
@@ -16,6 +17,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr double kRiffBytes = 4294967295.0 - 65536.0;  // with room for the chunks round the samples
+
+constexpr std::size_t kSilentFrames = 64;  // of a song without any
 
 int BytesPerSample(SampleFormat samples) {
     switch (samples) {
@@ -126,12 +129,15 @@ void AudioFile::Closer::operator()(SNDFILE* file) const {
 
 void AudioFile::Write(std::span<const float> interleaved) {
     const auto samples = sf_count_t(interleaved.size());
+    if (samples > 0) isEmpty_ = false;
     if (sf_write_float(file_.get(), interleaved.data(), samples) != samples) {
         throw OutputError(std::string("cannot be written: ") + sf_strerror(file_.get()));
     }
 }
 
 void AudioFile::Commit() {
+    // Without a sample some containers would not even get their head.
+    if (isEmpty_) Write(std::array<float, 2 * kSilentFrames>{});
     sf_write_sync(file_.get());
     if (sf_close(file_.release()) != 0) throw OutputError("cannot be written to its end");
     std::error_code error;

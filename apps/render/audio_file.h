@@ -36,7 +36,8 @@ class AudioFile {
     ~AudioFile();
     AudioFile(AudioFile&&) = delete;
 
-    // Both throw OutputError when the disk does not take it.
+    // Both throw OutputError when the disk does not take it. A file that got no samples holds a
+    // moment of silence.
     void Write(std::span<const float> interleaved);
     void Commit();
 
@@ -48,6 +49,7 @@ class AudioFile {
     std::filesystem::path path_;
     std::filesystem::path temporary_;
     std::unique_ptr<sf_private_tag, Closer> file_;
+    bool isEmpty_ = true;
 };
 
 }  // namespace norava
