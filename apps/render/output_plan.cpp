@@ -25,14 +25,21 @@ void MakeFolder(const fs::path& folder) {
     }
 }
 
-}  // namespace
-
-std::string RenderTask::Name() const {
-    const bool both = !input.empty() && !program.empty();
-    return input.string() + (both ? " - " : "") + program;
+// A song may have any name, also that of the sound that it becomes.
+void RequireSongsKept(const Options& options, const std::vector<RenderTask>& tasks) {
+    std::error_code ignored;
+    std::set<fs::path> songs;
+    for (const fs::path& input : options.inputs)
+        songs.insert(fs::canonical(input, ignored));
+    songs.erase(fs::path());
+    for (const RenderTask& task : tasks) {
+        if (songs.contains(fs::canonical(task.output, ignored))) {
+            throw BadInput(task.output.string() + ": the sound would replace the song");
+        }
+    }
 }
 
-std::vector<RenderTask> PlanOutputs(const Options& options) {
+std::vector<RenderTask> PlanSongs(const Options& options) {
     std::vector<RenderTask> tasks;
     const bool writes = !options.output.empty() || !options.render.hash;
     if (!writes) {
@@ -55,6 +62,19 @@ std::vector<RenderTask> PlanOutputs(const Options& options) {
         }
         tasks.push_back({.input = input, .output = options.output.empty() ? name : folder / name});
     }
+    return tasks;
+}
+
+}  // namespace
+
+std::string RenderTask::Name() const {
+    const bool both = !input.empty() && !program.empty();
+    return input.string() + (both ? " - " : "") + program;
+}
+
+std::vector<RenderTask> PlanOutputs(const Options& options) {
+    std::vector<RenderTask> tasks = PlanSongs(options);
+    RequireSongsKept(options, tasks);
     return tasks;
 }
 
@@ -82,6 +102,7 @@ std::vector<RenderTask> PlanOutputs(const Options& options,
                              .program = program.FullName()});
         }
     }
+    RequireSongsKept(options, tasks);
     return tasks;
 }
 

@@ -18,7 +18,7 @@ struct RenderTask {
 };
 
 // Which song goes into which file. Makes the folder that several songs go to; throws BadInput when
-// that is impossible or two songs would have one name.
+// that is impossible, two songs would have one name or a song that of a sound.
 std::vector<RenderTask> PlanOutputs(const Options& options);
 
 // The same with each of these programs; files are called after song and program.

@@ -163,6 +163,7 @@ TEST_F(RenderProgram, AFailureLeavesTheOldFileAndNothingElse) {
 
 TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
     folder_.Write("good.mid", ScaleFile({60}));
+    folder_.Write("song.wav", ScaleFile({60}));
     folder_.Write("text.mid", "hello");
     folder_.Write("x.patch", "Tune = 0.5\nTuna = 0.5\n");
     folder_.Write("wrong.bin", Bytes(588, 0));
@@ -180,6 +181,7 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
         {"good.mid -o a.wav --state wrong.bin", "wrong.bin: this is not a state"},
         {"good.mid text.mid -o a.wav", "a.wav: several songs need a folder"},
         {"good.mid ./good.mid -o out", "both become good.wav"},
+        {"song.wav good.mid -o .", "./song.wav: the sound would replace the song"},
         {"good.mid --loud", "--loud"},
         {"good.mid -o a.wav --normalize nan", "--normalize"},
         {"good.mid -o a.wav --normalize -18 --rate 3999", "--rate of 4000"},
