@@ -18,25 +18,11 @@ const Parameter& Row(Field field) {
     return GetParameter(param::kMatrix + int(field));
 }
 
-// Texts of menus may hold runs of blanks that nobody types.
-std::string SingleBlanks(std::string_view text) {
-    std::string result;
-    for (const char c : text) {
-        if (c != ' ' || result.empty() || result.back() != ' ') result += c;
-    }
-    return result;
-}
-
 float ParseItem(Field field, std::string_view text) {
-    const Menu items = Row(field).items;
-    for (std::size_t item = 0; item < items.size(); ++item) {
-        if (SingleBlanks(text) == SingleBlanks(items[item])) return float(item);
-    }
-    std::string known;
-    for (const char* item : items)
-        known += std::string(known.empty() ? "" : ", ") + item;
+    const Parameter& row = Row(field);
+    if (const std::optional<float> item = FindItem(row, text)) return *item;
     throw BadInput(std::string("no ") + (field == kSource ? "source " : "destination ") +
-                   Quoted(text) + "; there are " + known);
+                   Quoted(text) + "; there are " + ItemsOf(row));
 }
 
 bool IsItem(Field field, float value) {

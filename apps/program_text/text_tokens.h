@@ -16,6 +16,18 @@ inline std::string_view Trim(std::string_view text) {
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+// Two names mean the same when these are equal: case does not matter, nor do runs of blanks, which
+// texts of menus hold and nobody types.
+inline std::string Folded(std::string_view text) {
+    std::string result;
+    for (const char c : text) {
+        const bool isCapital = c >= 'A' && c <= 'Z';
+        if (c != ' ' || result.empty() || result.back() != ' ')
+            result += isCapital ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return result;
+}
+
 inline std::string Quoted(std::string_view text) {
     std::string quoted(1, '\'');
     quoted += text;

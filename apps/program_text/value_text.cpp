@@ -61,20 +61,33 @@ std::string FormatValue(const Parameter& parameter, float value) {
     return {text.data(), end.ptr};
 }
 
-float ParseValue(const Parameter& parameter, std::string_view text) {
+std::optional<float> FindItem(const Parameter& parameter, std::string_view text) {
     for (std::size_t item = 0; item < parameter.items.size(); ++item) {
-        if (text == parameter.items[item]) return float(item);
+        if (Folded(text) == Folded(parameter.items[item])) return float(item);
     }
-    if (parameter.curve.shape == CurveShape::onOff) {
-        if (text == "on") return 1.0f;
-        if (text == "off") return 0.0f;
-    }
+    return std::nullopt;
+}
+
+std::string ItemsOf(const Parameter& parameter) {
+    std::string known;
+    for (const char* item : parameter.items)
+        known += (known.empty() ? "" : ", ") + Folded(item);
+    return known;
+}
+
+float ParseValue(const Parameter& parameter, std::string_view text) {
+    if (const std::optional<float> item = FindItem(parameter, text)) return *item;
+    const bool isSwitch = parameter.curve.shape == CurveShape::onOff;
+    if (isSwitch && Folded(text) == "on") return 1.0f;
+    if (isSwitch && Folded(text) == "off") return 0.0f;
     if (const std::optional<float> raw = ParseRaw(text)) return *raw;
     const std::optional<float> value = ParseNumber<float>(text);
     const float highest = HighestValue(parameter);
     if (!value || !(*value >= 0.0f && *value <= highest)) {
+        std::string names = isSwitch ? "on, off" : ItemsOf(parameter);
+        if (!names.empty()) names = " (" + names + ")";
         throw BadInput("parameter " + Quoted(parameter.name) + " takes 0.." +
-                       std::to_string(int(highest)) + ", not " + Quoted(text));
+                       std::to_string(int(highest)) + names + ", not " + Quoted(text));
     }
     return *value;
 }

@@ -22,8 +22,9 @@ using ::testing::ThrowsMessage;
 TEST(ProgramText, TakesWhatPeopleWrite) {
     const Program program = ParseProgram(
         "# a comment\n Name = Two Words \r\nTags = pitched,  soft\nstr1 decay = 0.25\n"
-        "Str1 Decay Inv = on\nString Ratio = 1 : 4\nDescription = a = b\n"
-        "Mod 3 = mod whl > str2 damp -0.5\nMod 8 = lfo > hi-cut ctf 1",
+        "Str1 Decay Inv = On\nString Ratio = 1 : 4\nDescription = a = b\n"
+        "Mod 3 = Mod Whl > str2 damp -0.5\nMod 8 = lfo > hi-cut ctf 1\n"
+        "Matrix 7 Destination = STR2 damp",
         "x.txt");
     EXPECT_EQ(program.name, "Two Words");
     EXPECT_EQ(program.description, "a = b");
@@ -33,6 +34,7 @@ TEST(ProgramText, TakesWhatPeopleWrite) {
     EXPECT_EQ(program.values[param::kStringRatio], 6.0f);
     EXPECT_THAT(std::span(program.values).subspan(param::kMatrix + 8, 4),
                 ElementsAre(3.0f, 0.5f, 1.0f, 12.0f));
+    EXPECT_EQ(program.values[param::kMatrix + 27], program.values[param::kMatrix + 11]);
     EXPECT_EQ(program.values[param::kMasterLevel], 0.5f) << "what is not named keeps its default";
     EXPECT_EQ(ToBlock(ParseProgram(WriteProgram(program), "x.txt")), ToBlock(program));
 }
