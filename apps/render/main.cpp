@@ -55,7 +55,10 @@ Outcome Render(const RenderTask& task, const RenderSettings& settings, Progress&
     progress.Begin(task.Name());
     try {
         RenderSettings own = settings;
-        if (!task.state.empty()) own.sound.state = task.state;
+        if (!task.program.empty()) {
+            if (!IsProgram(task.state)) throw BadInput("this is not a program of the instrument");
+            own.sound.state = task.state;
+        }
         outcome.result = RenderSong(
             task.input, task.output, own, [&](double part) { progress.Update(number, part); },
             interrupted);

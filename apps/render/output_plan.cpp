@@ -88,7 +88,6 @@ std::vector<RenderTask> PlanOutputs(const Options& options,
     std::vector<RenderTask> tasks;
     std::set<fs::path> names;
     for (const NamedProgram& program : programs) {
-        if (program.state.empty()) throw BadInput(program.FullName() + ": this is not a program");
         for (const fs::path& input : inputs) {
             fs::path name = input.empty() ? fs::path() : input.stem() += " - ";
             name += program.category + " - " + program.name;

@@ -11,8 +11,8 @@ namespace norava {
 struct RenderTask {
     std::filesystem::path input;   // empty: the phrase that shows a program
     std::filesystem::path output;  // empty: nothing is written
-    std::vector<char> state{};     // a program's; empty: what all songs have in common
-    std::string program{};         // its "Category/Name"
+    std::vector<char> state{};     // a program's, or empty
+    std::string program{};         // its "Category/Name"; empty: what all have in common
 
     std::string Name() const;  // song and program, as far as there are any
 };

@@ -56,6 +56,11 @@ std::vector<NamedProgram> ListPrograms(const fs::path& library) {
                                 StateOf(program.block.get())});
         }
     }
+    if (programs.empty()) {
+        throw BadInput(library.string() +
+                       ": there are no programs in it; a library has them in folders, one for each "
+                       "category");
+    }
     return programs;
 }
 

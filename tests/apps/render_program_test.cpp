@@ -187,6 +187,7 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
         {"good.mid -o a.wav --normalize -18 --rate 3999", "--rate of 4000"},
         {"good.mid -o a.wav --program Bass/None", "no program 'Bass/None'"},
         {"--all-programs --library none -o out", "none: this folder cannot be read"},
+        {"--all-programs --library . -o out", "no programs"},
     };
     for (const auto& [arguments, complaint] : cases) {
         SCOPED_TRACE(arguments);
@@ -241,7 +242,10 @@ TEST_F(RenderProgram, PlaysProgramsOfTheBankOrOfAFolder) {
                               "--state 'lib/A/Two 9.norava' --set Tune=0.5"})
         EXPECT_NE(HashOf(song, other), hash) << other;
 
+    folder_.Write("lib/A/Bad.norava", "no program");
     const Answer all = Run("--library lib --all-programs --hash --quiet --tail 0 -o out");
+    EXPECT_EQ(all.status, 2);
+    EXPECT_EQ(all.err, "norava-render: A/Bad: this is not a program of the instrument\n");
     EXPECT_EQ(std::ranges::count(all.out, '\n'), 2) << all.err;
     EXPECT_LT(all.out.find("A/Two 9"), all.out.find("A/Two 10")) << "as numbered";
     EXPECT_TRUE(std::filesystem::exists(folder_ / "out/A - Two 10.wav"));
