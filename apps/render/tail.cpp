@@ -10,6 +10,7 @@ namespace {
 constexpr double kLongestTailSeconds = 60.0;
 // Longer than the two seconds between the echoes of the longest delay.
 constexpr double kSilenceSeconds = 2.5;
+constexpr double kSoundingSeconds = 0.1;  // a sound that was there so shortly ago goes on
 constexpr float kSilenceLevel = 3.2e-5f;  // -90 dBFS
 
 }  // namespace
@@ -17,7 +18,8 @@ constexpr float kSilenceLevel = 3.2e-5f;  // -90 dBFS
 Tail::Tail(std::optional<double> seconds, double sampleRateHz)
     : untilSilence_(!seconds),
       framesLeft_(std::llround(seconds.value_or(kLongestTailSeconds) * sampleRateHz)),
-      silentSamplesToEnd_(2 * std::size_t(kSilenceSeconds * sampleRateHz)) {}
+      silentSamplesToEnd_(2 * std::size_t(kSilenceSeconds * sampleRateHz)),
+      soundingSamples_(2 * std::size_t(kSoundingSeconds * sampleRateHz)) {}
 
 bool Tail::Take(std::span<const float> interleaved, std::vector<float>& keep) {
     const auto frames = std::min(framesLeft_, std::int64_t(interleaved.size() / 2));
@@ -28,18 +30,18 @@ bool Tail::Take(std::span<const float> interleaved, std::vector<float>& keep) {
     return framesLeft_ > 0;
 }
 
+// Frame by frame: where the sound ends must not depend on the blocks.
 bool Tail::TakeUntilSilence(std::span<const float> interleaved, std::vector<float>& keep) {
-    const bool loud = std::ranges::any_of(
-        interleaved, [](float sample) { return std::fabs(sample) > kSilenceLevel; });
-    if (loud) {
-        keep.insert(keep.end(), silence_.begin(), silence_.end());
-        keep.insert(keep.end(), interleaved.begin(), interleaved.end());
-        silence_.clear();
-    } else {
-        silence_.insert(silence_.end(), interleaved.begin(), interleaved.end());
+    for (; !interleaved.empty(); interleaved = interleaved.subspan(2)) {
+        const auto frame = interleaved.first(2);
+        silence_.insert(silence_.end(), frame.begin(), frame.end());
+        if (std::max(std::fabs(frame[0]), std::fabs(frame[1])) > kSilenceLevel) {
+            keep.insert(keep.end(), silence_.begin(), silence_.end());
+            silence_.clear();
+        }
+        if (silence_.size() >= silentSamplesToEnd_) return false;
     }
-    if (silence_.size() >= silentSamplesToEnd_) return false;
-    cutShort_ = framesLeft_ == 0 && loud;
+    cutShort_ = framesLeft_ == 0 && silence_.size() < soundingSamples_;
     return framesLeft_ > 0;
 }
 

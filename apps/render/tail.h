@@ -27,6 +27,7 @@ class Tail {
     bool untilSilence_;
     std::int64_t framesLeft_;
     std::size_t silentSamplesToEnd_;
+    std::size_t soundingSamples_;
     std::vector<float> silence_;  // quiet, but perhaps only the gap before an echo
     bool cutShort_ = false;
 };

@@ -268,17 +268,22 @@ TEST(Tail, EndsWhereTheLastSoundEnded) {
         {std::nullopt, {{100.0, 0.5f}}, 60.0},  // a minute at most
     };
     for (const auto& [tailSeconds, parts, keptSeconds] : cases) {
-        Tail tail(tailSeconds, 1000.0);
-        std::vector<float> kept;
-        bool more = true;
-        for (const auto& [seconds, level] : parts) {
-            const std::vector<float> block(200, level);  // a tenth of a second
-            for (int i = 0; i < int(seconds * 10.0 + 0.5) && more; ++i)
+        std::vector<float> sound;
+        for (const auto& [seconds, level] : parts)
+            sound.insert(sound.end(), std::size_t(seconds * 2000.0), level);
+        for (const std::size_t blockSamples : {2u, 200u, 20000u}) {
+            Tail tail(tailSeconds, 1000.0);
+            std::vector<float> kept;
+            bool more = true;
+            for (std::span<const float> rest = sound; more && !rest.empty();) {
+                const auto block = rest.first(std::min(blockSamples, rest.size()));
                 more = tail.Take(block, kept);
+                rest = rest.subspan(block.size());
+            }
+            EXPECT_FALSE(more);
+            EXPECT_DOUBLE_EQ(double(kept.size()) / 2.0 / 1000.0, keptSeconds) << blockSamples;
+            EXPECT_EQ(tail.IsCutShort(), keptSeconds == 60.0);
         }
-        EXPECT_FALSE(more);
-        EXPECT_DOUBLE_EQ(double(kept.size()) / 2.0 / 1000.0, keptSeconds);
-        EXPECT_EQ(tail.IsCutShort(), keptSeconds == 60.0);
     }
 }
 
