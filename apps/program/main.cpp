@@ -71,7 +71,7 @@ int Adjust(const Options& options) {
         const double cents = std::max(std::fabs(figures.centsA3), std::fabs(figures.centsC5));
         bool changed = false;
         if (program.entry.program.HasTag("pitched") && cents > kPitchTolerance / 2.0)
-            changed = AdjustPitch(program);
+            changed = AdjustPitch(program, std::cerr);
         changed = AdjustLevel(program) || changed;
         if (changed) std::cout << program.entry.path.string() << '\n';
     }

@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <set>
+#include <sstream>
 
 #include "files/scratch_folder.h"
 #include "parameters/parameter_table.h"
 #include "presets/factory_bank.h"
+#include "program/adjust.h"
 #include "program_text/program_file.h"
 #include "render/bad_input.h"
 
@@ -70,6 +72,26 @@ TEST(ProgramFile, ReadsBlocksTextsAndHostsFiles) {
         EXPECT_EQ(ToBlock(LoadProgram(folder / name)), block) << name;
     EXPECT_EQ(folder.Names().size(), 3u) << "nothing is left of the saving";
     EXPECT_THROW(LoadProgram(folder.Path()), BadInput);
+}
+
+TEST(ProgramAdjust, TakesTheLastSlotOnlyWhereItIsFree) {
+    const ScratchFolder folder;
+    const std::pair<std::string, const char*> cases[] = {
+        {"Mod 8 = velocity > pan 0.9", "\nTune = 0.5783\nMod 8 = velocity > pan 0.9"},  // +15 cents
+        {"Mod 8 = --- > pan 0.5", "Mod 8 = key num > pitch 0.516"},
+        {"Mod 8 = key num > pitch 0.5", "Mod 8 = key num > pitch 0.719"},
+    };
+    for (const auto& [slot, wanted] : cases) {
+        CheckedProgram checked;
+        checked.entry.path = folder.Write("Flat.txt", "Name = Flat\ntune = 0.5\n" + slot);
+        checked.entry.program = LoadProgram(checked.entry.path);
+        checked.figures.centsA3 = -10.0;
+        checked.figures.centsC5 = -20.0;
+        std::ostringstream notes;
+        EXPECT_TRUE(AdjustPitch(checked, notes));
+        EXPECT_THAT(folder.Read("Flat.txt"), HasSubstr(wanted));
+        EXPECT_EQ(notes.str().empty(), slot != cases[0].first) << notes.str();
+    }
 }
 
 // What is built in is what the texts say, all of it, and fit for a library on every system.
