@@ -106,9 +106,10 @@ TEST(PluginRenderer, IgnoresRatesAndTimesThatAreNone) {
 class CountingEffect : public CPluginRenderer {
   public:
     void ProcessAudioBuffers() override {
-        for (int i = 0; i < outputBuffer.GetNumFrames(); ++i, ++frame) {
+        for (int i = 0; i < outputBuffer.GetNumFrames(); ++i) {
             for (int channel : {0, 1})
                 outputBuffer.GetBuf(channel)[i] += inputBuffer.GetBuf(channel)[i] + frame;
+            frame += 1.0f;
         }
         product = Denormal();
     }

@@ -50,8 +50,9 @@ TEST(TextCopy, WritesNumbersWithAPointInEveryLocale) {
 // Writers set texts of one repeated letter whose length belongs to the letter: any mixture of two
 // texts shows.
 std::string TextOf(int letter) {
-    return std::string(static_cast<std::size_t>(1 + letter * 31 % 250),
-                       static_cast<char>('a' + letter));
+    std::string text;
+    text.assign(static_cast<std::size_t>(1 + letter * 31 % 250), static_cast<char>('a' + letter));
+    return text;
 }
 
 TEST(SharedText, IsNeverTornByManyWriters) {
