@@ -30,8 +30,13 @@ std::string ReadAll(const fs::path& path) {
     return bytes;
 }
 
+// In small letters: other systems' banks have capitals.
+std::string EndingOf(const fs::path& path) {
+    return Folded(path.extension().string());
+}
+
 void RequireKnownEnding(const fs::path& path) {
-    const std::string ending = path.extension().string();
+    const std::string ending = EndingOf(path);
     if (ending != ".txt" && ending != ".norava" && ending != ".fxp") {
         throw BadInput(path.string() + ": programs end in .txt, .norava or .fxp");
     }
@@ -83,13 +88,13 @@ Program LoadProgram(const fs::path& path) {
 
 Program ReadProgram(std::string_view bytes, const fs::path& path) {
     RequireKnownEnding(path);
-    const std::string ending = path.extension().string();
+    const std::string ending = EndingOf(path);
     if (ending == ".txt") return ParseProgram(bytes, path.string());
     return FromBlock(ending == ".fxp" ? FindChunk(bytes, path) : bytes, path);
 }
 
 void SaveProgram(const fs::path& path, const Program& program) {
-    const std::string ending = path.extension().string();
+    const std::string ending = EndingOf(path);
     std::string bytes;
     if (ending == ".txt") {
         bytes = WriteProgram(program);
@@ -110,7 +115,7 @@ std::vector<BankEntry> LoadBank(const fs::path& folder) {
     for (const auto& category : fs::directory_iterator(folder)) {
         if (!category.is_directory()) continue;
         for (const auto& file : fs::directory_iterator(category)) {
-            if (file.path().extension() != ".txt") continue;
+            if (EndingOf(file.path()) != ".txt") continue;
             BankEntry entry{category.path().filename().string(), file.path(),
                             LoadProgram(file.path())};
             if (entry.program.name != file.path().stem().string()) {

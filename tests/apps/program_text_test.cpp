@@ -66,9 +66,9 @@ TEST(ProgramFile, ReadsBlocksTextsAndHostsFiles) {
     SaveProgram(folder / "a.norava", program);
     SaveProgram(folder / "a.txt", program);
     const StateBlock block = ToBlock(program);
-    folder.Write("b.fxp",
+    folder.Write("B.FXP",
                  "CcnK????FPCh" + std::string(48, '\0') + std::string(block.begin(), block.end()));
-    for (const char* name : {"a.norava", "a.txt", "b.fxp"})
+    for (const char* name : {"a.norava", "a.txt", "B.FXP"})
         EXPECT_EQ(ToBlock(LoadProgram(folder / name)), block) << name;
     EXPECT_EQ(folder.Names().size(), 3u) << "nothing is left of the saving";
     EXPECT_THROW(LoadProgram(folder.Path()), BadInput);
