@@ -113,6 +113,8 @@ AudioFile::AudioFile(const fs::path& path, const AudioFormat& format, double exp
         throw OutputError("cannot be written: " + reason);
     }
     sf_command(file_.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    // It would hold the time, and no two renderings would have the same bytes.
+    sf_command(file_.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     double quality = 0.7;  // about 200 kilobits a second, for files in which bytes matter
     sf_command(file_.get(), SFC_SET_VBR_ENCODING_QUALITY, &quality, sizeof quality);
 }
