@@ -119,7 +119,9 @@ int Run(int argc, const char* const* argv) {
 
 int main(int argc, char** argv) {
     try {
-        return norava::Run(argc, argv);
+        const int status = norava::Run(argc, argv);
+        norava::RequireWritten(std::cout, "standard output");
+        return status;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "norava-program: %s\n", error.what());
         return norava::kBadInputStatus;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <ostream>
 #include <stdexcept>
+#include <string>
 
 namespace norava {
 
@@ -16,5 +18,10 @@ class OutputError : public BadInput {
   public:
     using BadInput::BadInput;
 };
+
+// A full disk is noticed only when the last of it goes there.
+inline void RequireWritten(std::ostream& out, const char* name) {
+    if (!out.flush()) throw OutputError(std::string(name) + ": cannot be written");
+}
 
 }  // namespace norava

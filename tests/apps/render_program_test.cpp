@@ -52,8 +52,8 @@ class RenderProgram : public testing::Test {
     Answer Run(const std::string& arguments) {
         // The home folder is empty and has to stay so.
         const std::string command = "cd '" + folder_.Path() + "' && XDG_DATA_HOME=\"$PWD\" " +
-                                    NORAVA_RENDER + " " + arguments + " >'" + logs_.Path("out") +
-                                    "' 2>'" + logs_.Path("err") + "' </dev/null";
+                                    NORAVA_RENDER + " >'" + logs_.Path("out") + "' 2>'" +
+                                    logs_.Path("err") + "' </dev/null " + arguments;
         const int status = std::system(command.c_str());
         return {WEXITSTATUS(status), logs_.Read("out"), logs_.Read("err")};
     }
@@ -256,6 +256,7 @@ TEST_F(RenderProgram, TellsItsParametersAndItsVersion) {
     ASSERT_EQ(list.size(), 114u);
     EXPECT_EQ(list[74]["name"].get<std::string>(), "Reverb ON/OFF");
     EXPECT_EQ(list[111]["menu"].size(), 7u);
+    EXPECT_EQ(Run("--list-parameters >/dev/full").status, 2);
     EXPECT_THAT(Run("--version").out, HasSubstr("norava-render 1.1.5"));
 }
 
