@@ -156,6 +156,7 @@ bool CNoravaEditor::ControlValueChanged(CControl* control, float value) {
             return true;
         case kNamePlate:
             if (value >= 0.0f && value < 3.0f) SetZoom(static_cast<int>(value) + 1);
+            namePlate->SetZoom(GetZoom());  // also where the window stays as it is
             return true;
         default:
             return CPluginEditor::ControlValueChanged(control, value);

@@ -162,14 +162,16 @@ void CPluginEditor::SetZoom(int factor) {
     // All panels share the factor; another one may have changed it, or this one's host refused it.
     if (factor == GetZoom() && (!IsOpen() || factor == GetSclFactor())) return;
     definition->SetUIScalingFactor(factor);
-    if (!IsOpen()) return;
+    if (!IsOpen() || factor == GetSclFactor()) return;
     // Hosts ask for the rectangle while they resize. One that does not resize keeps this window as
     // it is; the next opening has the new size.
     announcedScale = factor;
     const EditorSize wanted = GetEditorSize();
     const bool resized = wrapper != nullptr && wrapper->ResizeEditor(wanted.width, wanted.height);
     announcedScale = 0;
-    if (!resized) return;
+    if (!resized)
+        return ShowMessage("Size", "This host keeps the window's size. The panel opens at " +
+                                       std::to_string(100 * factor) + " % next time.");
     void* const parent = openedIn;
     Close();
     if (CanOpenEditor()) OpenEditor(parent);

@@ -237,8 +237,13 @@ TEST_F(EditorTest, ZoomsInItsHostsWindow) {
     view->PressKey(kKeyEscape);
     EXPECT_FALSE(editor->IsSuper());
     resizes = false;
-    editor->SetZoom(1);
+    view->Click(CentreOf(kNamePlate), kMouseRight);
+    view->PressKey(kKeyHome);
+    view->PressKey(kKeyEnter);
     EXPECT_EQ(editor->GetEditorSize().height, 3 * 532) << "as long as this window is open";
+    EXPECT_TRUE(editor->IsSuper()) << "says so";
+    EXPECT_TRUE(
+        dynamic_cast<CControlMenu*>(editor->GetControlByID(kNamePlate))->GetItemByNum(0)->marked);
     editor->CloseEditor();
     EXPECT_EQ(editor->GetEditorSize().height, 532);
 }
