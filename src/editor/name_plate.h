@@ -21,6 +21,7 @@ class NamePlate : public CControlMenu {
 
   protected:
     [[nodiscard]] bool OpensWith(int button) const override { return button == kMouseRight; }
+    [[nodiscard]] int GetLeastListWidth() const override { return 0; }  // it is no field
 
   private:
     const std::function<void()> onClick;

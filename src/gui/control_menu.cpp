@@ -120,8 +120,8 @@ CRect CControlMenu::GetItemRect(int number) const {
     return item;
 }
 
-// Below the menu, or above where there is no room, or moved as far as the window wants it. As wide
-// as the widest text, with a scroll bar when it is higher than the window.
+// Below the menu, or above where there is no room, or moved as far as the window wants it. With a
+// scroll bar when it is higher than the window.
 void CControlMenu::PlaceList() {
     const CRect closed = TamedRect(GetRect());
     const CSize window = GetWindowPort()->GetSize();
@@ -133,7 +133,7 @@ void CControlMenu::PlaceList() {
         widest = std::max(
             widest, MeasureLabel(*GetGraphicBuffer(), item.text, item.kind == Item::Kind::caption));
     const int needed = widest + 2 * kListMarginX + 2 + (bar.IsNeeded() ? kScrollBarWidth : 0);
-    const int width = std::min(std::max(closed.width, needed), window.cx);
+    const int width = std::min(std::max(GetLeastListWidth(), needed), window.cx);
     const int height = bar.GetVisible() * kItemHeight + 2 * kListMarginY;
     int top = closed.GetBottom();
     if (top > window.cy - height) top = closed.top - height;

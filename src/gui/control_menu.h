@@ -104,6 +104,8 @@ class CControlMenu : public CControlDisplay {
   protected:
     // Whether pressing this button opens the closed menu.
     [[nodiscard]] virtual bool OpensWith(int button) const { return button == kMouseLeft; }
+    // An open list is as wide as its widest text, and no narrower than the field it hangs from.
+    [[nodiscard]] virtual int GetLeastListWidth() const { return TamedRect(GetRect()).width; }
 
   private:
     static constexpr int kNoButton = -1;
