@@ -128,7 +128,7 @@ void CControlTextField::DrawText(CGraphicBuffer& buffer) const {
     const CRect area = GetTextArea();
     const PaintScope scope(&buffer, area);
     if (!scope) return;
-    if (text.empty() && !IsFocused()) return DrawLabel(buffer, hint, area, {colors.hint});
+    if (text.empty()) DrawLabel(buffer, hint, area, {colors.hint});
     const int left = area.left - scrolled;
     const int middle = area.top + area.height / 2;
     if (anchor != caret && IsFocused()) {
