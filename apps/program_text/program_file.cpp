@@ -1,6 +1,9 @@
 #include "program_text/program_file.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -19,7 +22,8 @@ namespace fs = std::filesystem;
 constexpr std::size_t kLargestFile = 65536;
 
 std::string ReadAll(const fs::path& path) {
-    if (!fs::is_regular_file(path)) throw BadInput(path.string() + ": there is no such file");
+    RequireReadable(path);
+    if (!fs::is_regular_file(path)) throw BadInput(path.string() + ": this is no ordinary file");
     std::ifstream stream(path, std::ios::binary);
     // One byte beyond the limit is enough to see that a file is something else.
     std::string bytes(kLargestFile + 1, '\0');
@@ -69,6 +73,13 @@ Program FromBlock(std::string_view block, const fs::path& path) {
 }
 
 }  // namespace
+
+void RequireReadable(const fs::path& path) {
+    std::error_code error;
+    if (fs::is_directory(path, error)) throw BadInput(path.string() + ": this is a folder");
+    if (access(path.c_str(), R_OK) == 0) return;
+    throw BadInput(path.string() + ": cannot be read: " + std::strerror(errno));
+}
 
 StateBlock ToBlock(const Program& program) {
     InstrumentState state;

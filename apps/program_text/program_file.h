@@ -16,6 +16,9 @@ namespace norava {
 
 using StateBlock = std::array<char, kStateSize>;
 
+// Throws BadInput with the path and the system's reason when there is nothing to read.
+void RequireReadable(const std::filesystem::path& path);
+
 StateBlock ToBlock(const Program& program);
 
 // Decided by the name's ending. Throws BadInput that begins with the path.

@@ -180,6 +180,7 @@ bool Program::HasTag(std::string_view tag) const {
 Program ParseProgram(std::string_view text, std::string_view source) {
     Reader reader;
     int number = 0;
+    text = SkipByteOrderMark(text);
     try {
         while (!text.empty()) {
             ++number;

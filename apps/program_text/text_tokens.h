@@ -28,6 +28,13 @@ inline std::string Folded(std::string_view text) {
     return result;
 }
 
+// Some editors begin a text with these three bytes.
+inline std::string_view SkipByteOrderMark(std::string_view text) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kMark)) text.remove_prefix(kMark.size());
+    return text;
+}
+
 inline std::string Quoted(std::string_view text) {
     std::string quoted(1, '\'');
     quoted += text;

@@ -134,8 +134,9 @@ void AddReportOptions(CLI::App& app, Options& options) {
 // The format that was named, or else what the ending of a single file's name says.
 void ChooseContainer(Options& options, const std::string& named) {
     const std::filesystem::path& output = options.output;
+    std::error_code ignored;
     const bool namesFile = options.inputs.size() == 1 && output.has_extension() &&
-                           !std::filesystem::is_directory(output);
+                           !std::filesystem::is_directory(output, ignored);
     if (!named.empty()) options.container = kContainers.at(named);
     if (!namesFile) return;
     const Container byName = ContainerOf(output);
@@ -160,6 +161,14 @@ void CheckTogether(const Options& options) {
     const int starts =
         int(!options.state.empty()) + int(!options.program.empty()) + int(options.allPrograms);
     if (starts > 1) throw BadInput("takes one of --state, --program and --all-programs");
+    const bool choosesProgram =
+        options.listPrograms || options.allPrograms || !options.program.empty();
+    if (!options.library.empty() && !choosesProgram) {
+        throw BadInput("--library needs --program, --all-programs or --list-programs");
+    }
+    if (options.output == "-") {
+        throw BadInput("the sound cannot go to standard output; -o takes a file or a folder");
+    }
     const bool onlyLists = options.listParameters || options.listPrograms;
     if (options.inputs.empty() && !onlyLists && !options.allPrograms) {
         throw BadInput("needs a MIDI file (--help explains)");

@@ -12,14 +12,16 @@ namespace {
 namespace fs = std::filesystem;
 
 bool NamesFolder(const fs::path& path) {
-    return !path.has_filename() || fs::is_directory(path);
+    std::error_code ignored;
+    return !path.has_filename() || fs::is_directory(path, ignored);
 }
 
 // A name with an ending looks like a file's, and was hardly meant for a new folder.
 void MakeFolder(const fs::path& folder) {
     std::error_code error;
     if (!folder.has_extension()) fs::create_directories(folder, error);
-    if (!fs::is_directory(folder)) {
+    std::error_code ignored;
+    if (!fs::is_directory(folder, ignored)) {
         throw BadInput(folder.string() + ": several songs need a folder to go to" +
                        (error ? ": " + error.message() : ""));
     }

@@ -7,6 +7,7 @@
 #include "presets/factory_bank.h"
 #include "presets/library_scanner.h"
 #include "presets/program_file.h"
+#include "program_text/program_file.h"
 #include "render/bad_input.h"
 
 namespace norava {
@@ -44,7 +45,9 @@ std::vector<NamedProgram> ListPrograms(const fs::path& library) {
     if (library.empty()) {
         scanner.TakeFactoryBank(GetFactoryBank());
     } else if (!scanner.ListRoot()) {
-        throw BadInput(library.string() + ": this folder cannot be read");
+        std::error_code error;
+        const fs::directory_iterator reason(library, error);
+        throw BadInput(library.string() + ": this folder cannot be read: " + error.message());
     }
     scanner.ListAhead();
     scanner.ReadSome(std::numeric_limits<int>::max());
@@ -67,6 +70,10 @@ std::vector<NamedProgram> ListPrograms(const fs::path& library) {
 NamedProgram FindProgram(const std::string& text, const fs::path& library) {
     std::error_code ignored;
     if (fs::is_regular_file(text, ignored)) {
+        RequireReadable(text);
+        if (Lowered(fs::path(text).extension().string()) == ".txt") {
+            throw BadInput(text + ": programs as text go through 'norava-program convert' first");
+        }
         const auto block = ReadProgramFile(text);
         if (!block) throw BadInput(text + ": this is not a program file");
         return {"", std::string(ProgramNameOf(text)), StateOf(&*block)};

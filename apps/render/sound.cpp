@@ -5,6 +5,7 @@
 #include <string>
 
 #include "parameters/parameter_table.h"
+#include "program_text/program_file.h"
 #include "program_text/text_tokens.h"
 #include "program_text/value_text.h"
 #include "render/bad_input.h"
@@ -36,13 +37,14 @@ ParameterSetting ParseSetting(std::string_view text) {
 }
 
 std::vector<ParameterSetting> LoadPatch(const std::filesystem::path& path) {
+    RequireReadable(path);
     std::ifstream stream(path);
     std::vector<ParameterSetting> settings;
     std::string line;
     int number = 0;
     while (std::getline(stream, line)) {
         ++number;
-        const std::string_view text = Trim(line);
+        const std::string_view text = Trim(number == 1 ? SkipByteOrderMark(line) : line);
         if (text.empty() || text.front() == '#') continue;
         try {
             settings.push_back(ParseSetting(text));
@@ -50,18 +52,20 @@ std::vector<ParameterSetting> LoadPatch(const std::filesystem::path& path) {
             throw BadInput(path.string() + ":" + std::to_string(number) + ": " + error.what());
         }
     }
-    if (number == 0 || stream.bad()) throw BadInput(path.string() + ": cannot be read or is empty");
+    if (stream.bad()) throw BadInput(path.string() + ": cannot be read to its end");
+    if (number == 0) throw BadInput(path.string() + ": is empty");
     return settings;
 }
 
 std::vector<char> LoadState(const std::filesystem::path& path) {
     // One byte more than any state is enough to see that a file is something else.
     constexpr std::size_t kEnough = 4096;
+    RequireReadable(path);
     std::ifstream stream(path, std::ios::binary);
     std::vector<char> bytes(kEnough);
     stream.read(bytes.data(), std::streamsize(bytes.size()));
     bytes.resize(std::size_t(stream.gcount()));
-    if (bytes.empty()) throw BadInput(path.string() + ": cannot be read or is empty");
+    if (bytes.empty()) throw BadInput(path.string() + ": is empty");
     return bytes;
 }
 

@@ -23,7 +23,7 @@ using ::testing::ThrowsMessage;
 
 TEST(ProgramText, TakesWhatPeopleWrite) {
     const Program program = ParseProgram(
-        "# a comment\n Name = Two Words \r\nTags = pitched,  soft\nstr1 decay = 0.25\n"
+        "\xEF\xBB\xBF# a comment\n Name = Two Words \r\nTags = pitched,  soft\nstr1 decay = 0.25\n"
         "Str1 Decay Inv = On\nString Ratio = 1 : 4\nDescription = a = b\n"
         "Mod 3 = Mod Whl > str2 damp -0.5\nMod 8 = lfo > hi-cut ctf 1\n"
         "Matrix 7 Destination = STR2 damp",

@@ -165,6 +165,7 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
     folder_.Write("good.mid", ScaleFile({60}));
     folder_.Write("song.wav", ScaleFile({60}));
     folder_.Write("text.mid", "hello");
+    folder_.Write("text.txt", "Name = A");
     folder_.Write("x.patch", "Tune = 0.5\nTuna = 0.5\n");
     folder_.Write("wrong.bin", Bytes(588, 0));
     const auto before = folder_.Names();
@@ -183,6 +184,10 @@ TEST_F(RenderProgram, BadInputGetsOneLineAndStatusTwoAndLeavesNothing) {
         {"good.mid ./good.mid -o out", "both become good.wav"},
         {"song.wav good.mid -o .", "./song.wav: the sound would replace the song"},
         {"good.mid --loud", "--loud"},
+        {"good.mid -o -", "standard output"},
+        {"good.mid -o a.wav --library .", "--library needs"},
+        {"good.mid -o a.wav --patch none", "none: cannot be read: No such file"},
+        {"good.mid -o a.wav --program text.txt", "norava-program convert"},
         {"good.mid -o a.wav --normalize nan", "--normalize"},
         {"good.mid -o a.wav --normalize -18 --rate 3999", "--rate of 4000"},
         {"good.mid -o a.wav --program Bass/None", "no program 'Bass/None'"},
@@ -232,7 +237,7 @@ TEST_F(RenderProgram, PlaysProgramsOfTheBankOrOfAFolder) {
         program.values[param::kTune] = tune;
         SaveProgram(folder_ / ("lib/A/" + program.name + ".norava"), program);
     }
-    folder_.Write("tune.patch", "# a sound\r\n\r\n  Tune=0.2\r\n");
+    folder_.Write("tune.patch", "\xEF\xBB\xBF# a sound\r\n\r\n  Tune=0.2\r\n");
     const Bytes song = ScaleFile({60});
     const std::string hash = HashOf(song, "--state 'lib/A/Two 9.norava'");
     for (const char* same : {"--library lib --program 'a/two 9'", "--program 'lib/A/Two 9.norava'",
