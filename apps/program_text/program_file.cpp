@@ -120,7 +120,7 @@ void SaveProgram(const fs::path& path, const Program& program) {
     }
 }
 
-std::vector<BankEntry> LoadBank(const fs::path& folder) {
+std::vector<BankEntry> LoadBank(const fs::path& folder) try {
     if (!fs::is_directory(folder)) throw BadInput(folder.string() + ": there is no such folder");
     std::vector<BankEntry> bank;
     for (const auto& category : fs::directory_iterator(folder)) {
@@ -140,6 +140,8 @@ std::vector<BankEntry> LoadBank(const fs::path& folder) {
         return std::tie(entry.category, entry.program.name);
     });
     return bank;
+} catch (const fs::filesystem_error& error) {
+    throw BadInput(error.path1().string() + ": cannot be read: " + error.code().message());
 }
 
 }  // namespace norava

@@ -68,8 +68,12 @@ std::vector<NamedProgram> ListPrograms(const fs::path& library) {
 }
 
 NamedProgram FindProgram(const std::string& text, const fs::path& library) {
-    std::error_code ignored;
-    if (fs::is_regular_file(text, ignored)) {
+    std::error_code error;
+    const fs::file_status status = fs::status(text, error);
+    if (status.type() == fs::file_type::none) {
+        throw BadInput(text + ": cannot be read: " + error.message());
+    }
+    if (fs::is_regular_file(status)) {
         RequireReadable(text);
         if (Lowered(fs::path(text).extension().string()) == ".txt") {
             throw BadInput(text + ": programs as text go through 'norava-program convert' first");
