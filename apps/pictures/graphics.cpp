@@ -1,5 +1,6 @@
 // norava-graphics: writes the panel's pictures as a folder of Targa files, which the instrument
-// takes in place of its own when it lies in Norava/ beside it. For whoever wants to change its looks.
+// takes in place of its own when it lies in Norava/ beside it. For whoever wants to change its
+// looks.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
