@@ -174,6 +174,12 @@ class AdapterTest : public testing::Test {
                 return host->canResize && std::string_view("sizeWindow") == static_cast<char*>(ptr);
             case audioMasterSizeWindow:
                 return index == 1710 && value == 1064;
+            case audioMasterUpdateDisplay:
+            case audioMasterAutomate:
+            case audioMasterBeginEdit:
+            case audioMasterEndEdit:
+                host->told.push_back(opcode);
+                return 0;
             default:
                 return 0;
         }
@@ -184,6 +190,7 @@ class AdapterTest : public testing::Test {
     VstTimeInfo tempoInfo{};
     VstTimeInfo positionInfo{};
     bool canResize = false;
+    std::vector<i32> told;
     FakeDefinition definition;
     AEffect* effect = nullptr;
 };
@@ -286,10 +293,18 @@ TEST_F(AdapterTest, ShowsThePanel) {
     char name[] = "The host's";
     Dispatch(effSetProgramName, 0, 0, name);
     EXPECT_GT(definition.editor->renderer->GetAllChangedCount(), changes) << "it shows the name";
-    EXPECT_FALSE(definition.editor->wrapper->ResizeEditor(1710, 1064)) << "nobody was asked";
+    CPluginWrapper& wrapper = *definition.editor->wrapper;
+    wrapper.ProgramChanged();
+    for (const int none : {-1, 20000}) {
+        wrapper.BeginAutomation(none);
+        wrapper.ParameterChanged(none, 0.5f);
+        wrapper.FinishAutomation(none);
+    }
+    EXPECT_THAT(told, ElementsAre(audioMasterUpdateDisplay)) << "not of what is no parameter";
+    EXPECT_FALSE(wrapper.ResizeEditor(1710, 1064)) << "nobody was asked";
     canResize = true;
-    EXPECT_TRUE(definition.editor->wrapper->ResizeEditor(1710, 1064));
-    EXPECT_FALSE(definition.editor->wrapper->ResizeEditor(20000, 20000));
+    EXPECT_TRUE(wrapper.ResizeEditor(1710, 1064));
+    EXPECT_FALSE(wrapper.ResizeEditor(20000, 20000));
     definition.editor->canOpen = false;
     EXPECT_EQ(Dispatch(effEditOpen, 0, 0, this), 0);
 }
