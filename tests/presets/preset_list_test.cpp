@@ -148,6 +148,9 @@ TEST(PresetList, SavesWhereItIs) {
     EXPECT_EQ(instance.list.GetCategoryName(), "User");
     EXPECT_FALSE(instance.list.SaveProgramToFile(folder.Root().c_str())) << "a folder";
     EXPECT_FALSE(instance.list.SaveProgramToFile(std::string(2000, 'x').c_str()));
+    for (const char* const noName : {"", ".", ".."})
+        EXPECT_FALSE(instance.list.SaveProgramToFile(noName)) << noName;
+    EXPECT_FALSE(instance.list.WouldReplace("../A/start")) << "in another folder";
     EXPECT_EQ(instance.list.GetProgramName(), "Mine") << "a failed save moves nothing";
 }
 
