@@ -33,12 +33,6 @@ std::vector<float> ReportedValues(CPluginRenderer& renderer) {
 }
 
 // A NaN differs from everything, itself too.
-std::string RendererName(CPluginRenderer& renderer) {
-    std::array<char, kProgramNameCapacity> name{};
-    renderer.GetProgramName(name);
-    return name.data();
-}
-
 void ReportDifferences(CPluginRenderer& renderer, const std::vector<float>& before) {
     CPluginWrapper* const wrapper = renderer.GetWrapper();
     if (wrapper == nullptr) return;
@@ -175,14 +169,16 @@ bool CPresetList::Save(const std::string& path) {
 }
 
 std::string CPresetList::GetNameOfSound() const {
-    return RendererName(*renderer);
+    std::array<char, kProgramNameCapacity> name{};
+    renderer->GetProgramName(name);
+    return name.data();
 }
 
 CPresetList::Moment CPresetList::Remember() const {
     Moment moment;
     moment.state.resize(static_cast<std::size_t>(std::max(0, renderer->SaveState(nullptr))));
     if (!moment.state.empty()) renderer->SaveState(moment.state.data());
-    moment.programName = RendererName(*renderer);
+    moment.programName = GetNameOfSound();
     moment.names = CurrentNames();
     return moment;
 }
